@@ -1,0 +1,75 @@
+// The base of all records that travel between nodes, and their encoding.
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Public/Base/PlatformExport.h"
+#include "Public/Base/SharedBuffer.h"
+
+namespace Tarnwick::Protocol {
+
+/// Priority of a message; the first value is the only one in use.
+enum TWProtoMessageLevel : int {
+    TWProtoMessageLevel_Normal = 0,
+};
+
+/// Appends fields in the protobuf wire format (protobuf.dev, "Encoding"). Fields at their default are left out.
+class ORV_PLATFORM_API TWFieldWriter {
+public:
+    void number(uint32_t field, uint64_t value);
+    void text(uint32_t field, std::string_view bytes);
+    /// A nested record, left out when all of its fields are.
+    void record(uint32_t field, const struct TWPacket& nested);
+    std::string take() { return std::move(mBytes); }
+
+private:
+    std::string mBytes;
+};
+
+/// One field as it was read.
+struct ORV_PLATFORM_API TWField {
+    uint32_t number = 0;
+    bool isBytes = false;    ///< length-delimited; otherwise a varint or a fixed number
+    uint64_t value = 0;      ///< of a number
+    std::string_view bytes;  ///< of a length-delimited field; lives as long as the input
+
+    /// Each gives false when the field is of another kind, or the number does not fit.
+    bool to(std::string& out) const;
+    bool to(uint32_t& out) const;
+    bool to(int32_t& out) const;
+    bool to(uint64_t& out) const;
+    bool to(int64_t& out) const;
+    bool to(bool& out) const;
+    bool to(struct TWPacket& nested) const;
+};
+
+/// A record. The encoding of a body is: field 15 as a fixed 64-bit number, the typeId, in front; then the members by
+/// their number, as the .proto twin beside each header says. Plain values: one thread at a time.
+struct ORV_PLATFORM_API TWPacket {
+    /// Declared by the base; this system neither fills nor reads it.
+    std::list<std::shared_ptr<TWPacket>> extensions;
+
+    virtual ~TWPacket() = default;
+    /// Constant of the type.
+    virtual const char* typeName() const = 0;
+    /// Constant of the type; a body of another type does not parse.
+    virtual uint64_t typeId() const = 0;
+
+    /// Appends every member that is not at its default.
+    virtual void writeFields(TWFieldWriter& writer) const = 0;
+    /// Takes one field. @return false when a known field is of a wrong kind; unknown fields give true
+    virtual bool readField(const TWField& field) = 0;
+
+    /// The bytes as they travel in a body; null gives no bytes.
+    static Public::Base::SharedBuffer serializeAsBytes(const TWPacket* record);
+    static Public::Base::SharedBuffer serializeAsBytes(const TWPacket& record);
+    /// Reads such bytes into a fresh record. @return false for another typeId, a wrong kind or length, or truncation; the
+    /// record may then hold some of the members
+    static bool parseBytes(std::string_view bytes, TWPacket& record);
+};
+
+}  // namespace Tarnwick::Protocol

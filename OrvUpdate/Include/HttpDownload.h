@@ -1,0 +1,71 @@
+// The transfer of a package from the update cloud.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "IDownload.h"
+#include "OrvVersion.h"
+#include "Public/Base/File.h"
+#include "Public/Network/HTTPClient.h"
+
+namespace Tarnwick::OrvUpdate {
+
+/// Streams the body of one GET into the package's final file. Held by std::shared_ptr by the version that it belongs to,
+/// of which it keeps a weak reference. Callbacks run on a thread of the IOWorker, or on the caller's when the package was
+/// already sound; that one must not call start on the same object.
+/// Received bytes, total and progress are set at construction only: a second run counts on from the old figures.
+class ORV_UPDATE_API HttpDownload : public IDownload, public std::enable_shared_from_this<HttpDownload> {
+public:
+    HttpDownload(std::shared_ptr<IOWorker> ioWorker, const std::shared_ptr<OrvVersion>& version);
+    /// Stops; what was written stays on disk.
+    ~HttpDownload() override;
+
+    /// While a transfer runs, only adds the callback. @return -1 when the version is gone or the request is refused, -602
+    /// when the file cannot be opened; no callback then
+    ErrorInfo start(const Function<void()>& callback, void* key) override;
+    /// With a null key.
+    ErrorInfo start(const Function<void()>& callback) override;
+    /// Ends the exchange and freezes the transfer: the file stays, open, and only cancel clears the way. @return code 0
+    ErrorInfo stop() override;
+    /// Ends the exchange and deletes the file. @return code 0
+    ErrorInfo cancel() override;
+    ErrorInfo getProgress(float& progress) override;
+    /// @return -1 when the version is gone
+    ErrorInfo getFileName(std::string& fileName) override;
+    ErrorInfo getError() override;
+    bool finish() override;
+
+private:
+    ErrorInfo start();
+    ErrorInfo fetch(const std::shared_ptr<OrvVersion>& version, const std::string& path);
+    void notifyFinish();
+    void onHttpFinishCallback(const std::shared_ptr<Public::Network::HTTPClient>& client,
+                              const std::shared_ptr<Public::Network::HTTPClientRequest>& request,
+                              const std::shared_ptr<Public::Network::HTTPClientResponse>& response);
+    void onRecvDataCallback(const std::weak_ptr<Public::Network::Socket>& socket,
+                            const std::shared_ptr<Public::Network::HTTPHeader>& header, const char* data,
+                            unsigned int length);
+    void setError(const ErrorInfo& error);
+
+    mutable std::mutex mStateMutex;  // guards mHttpClient, mFile, mFileName, mError; the innermost lock
+    std::shared_ptr<Public::Network::HTTPClient> mHttpClient;  // set while a request runs
+    std::shared_ptr<Public::Base::File> mFile;                 // open package file; the sign that a transfer runs
+    std::weak_ptr<OrvVersion> mVersion;
+    std::map<void*, Function<void()>> mCallbacks;
+    std::string mFileName;
+    std::atomic<float> mProgress{0.0F};
+    std::atomic<uint64_t> mReceived{0};
+    std::atomic<uint64_t> mTotal{0};
+    std::atomic<bool> mFinished{false};
+    ErrorInfo mError;
+    std::mutex mStartMutex;     // held for the whole of the private start; before mCallbackMutex
+    std::mutex mCallbackMutex;  // guards mCallbacks
+    std::shared_ptr<IOWorker> mIOWorker;
+};
+
+}  // namespace Tarnwick::OrvUpdate

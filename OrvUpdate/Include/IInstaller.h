@@ -1,0 +1,41 @@
+// The contract of everything that installs a package.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "IVersion.h"
+#include "OrvUpdateExport.h"
+#include "Public/Base/Function.h"
+
+namespace Tarnwick::OrvUpdate {
+
+using Public::Base::Function;
+
+/// A kind that does not offer an operation returns code -2.
+class ORV_UPDATE_API IInstaller {
+public:
+    /// Tests the version's package on this disk, launches the installer program with raised rights and lets the host end
+    /// itself. Runs to its end on this thread; for host programs.
+    /// @param request a started VersionRequest, whose callbacks are used   @param version whose package is installed
+    /// @return the installer, whose getError tells the outcome; null when the request is of another class or an argument
+    ///         is null
+    static std::shared_ptr<IInstaller> createLocalInstaller(const std::shared_ptr<IVersionRequest>& request,
+                                                            const std::shared_ptr<IVersion>& version,
+                                                            const std::string& installDir);
+
+    virtual ~IInstaller() = default;
+    /// Begins the installation into installDir.
+    virtual ErrorInfo start(const std::string& installDir, bool flag, const Function<void()>& callback) = 0;
+    virtual ErrorInfo stop() = 0;
+    /// Asks the installation to end.
+    virtual ErrorInfo cancel() = 0;
+    /// @param progress fraction done, 0.0 to 1.0
+    virtual ErrorInfo getProgress(float& progress) = 0;
+    /// True when the work has ended.
+    virtual bool finish() = 0;
+    /// A copy of the last recorded error.
+    virtual ErrorInfo getError() = 0;
+};
+
+}  // namespace Tarnwick::OrvUpdate

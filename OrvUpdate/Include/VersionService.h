@@ -1,0 +1,63 @@
+// What a node offers to the rest of the cluster.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "IInstaller.h"
+#include "IVersionRequest.h"
+#include "Tarnwick/MQ/MQDispatcher.h"
+
+namespace Tarnwick::OrvUpdate {
+
+class VersionRequest;
+
+/// Subscribes the topics of the update engine on one dispatcher and answers each from the node's VersionRequest. Must be
+/// owned by a std::shared_ptr before start. Handlers run on the queue's threads; set the version and the cache before
+/// start.
+class ORV_UPDATE_API VersionService : public std::enable_shared_from_this<VersionService> {
+public:
+    /// For a process that has an installer and no catalogue.
+    VersionService(std::shared_ptr<IOWorker> worker, const std::shared_ptr<Tarnwick::MQ::MQDispatcher>& dispatcher,
+                   const std::shared_ptr<IInstaller>& installer);
+    /// @param request held weakly   @param packageCallback, checkCallback handed on to each installation
+    VersionService(std::shared_ptr<IOWorker> worker, const std::shared_ptr<Tarnwick::MQ::MQDispatcher>& dispatcher,
+                   const std::shared_ptr<VersionRequest>& request, const PackageCallback& packageCallback,
+                   const CheckCallback& checkCallback);
+    /// Stops.
+    virtual ~VersionService();
+
+    /// Subscribes. @return -1 without a dispatcher
+    ErrorInfo start();
+    /// Unsubscribes; handlers that run already go on. @return code 0
+    ErrorInfo stop();
+    ErrorInfo getCurrentVersion(Version& version);
+    ErrorInfo setCurrentVersion(const Version& version);
+    /// @param path directory for version objects made from a message
+    ErrorInfo setDownloadCache(const std::string& path);
+
+private:
+    friend struct VersionServiceAccess;  // tests of the routing step
+
+    using Message = std::shared_ptr<Tarnwick::MQ::MQMessage>;
+
+    /// Null when the request is for this node; a message with an error when it could not be passed on; a message without
+    /// one when it has been.
+    Message routeToTarget(const std::string& target, const Message& message);
+    /// The routing step in front of every handler. @return true when `reply` (null when the far node answers) is what the
+    /// handler returns
+    bool routed(const Message& message, Message& reply);
+
+    std::shared_ptr<Tarnwick::MQ::MQDispatcher> mDispatcher;
+    std::shared_ptr<IInstaller> mInstallerGiven;
+    std::weak_ptr<VersionRequest> mVersionRequest;
+    PackageCallback mPackageCallback;
+    CheckCallback mCheckCallback;
+    mutable std::mutex mStateMutex;  // guards the next two
+    Version mCurrentVersion;
+    std::string mDownloadCache;
+    std::shared_ptr<IOWorker> mIOWorker;
+};
+
+}  // namespace Tarnwick::OrvUpdate

@@ -1,0 +1,1 @@
+# Headers, libraries, a CMake package and a pkg-config file.

@@ -1,0 +1,38 @@
+# Build-wide choices: the language, warnings, sanitizers, and what is built beside the libraries.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release or RelWithDebInfo" FORCE)
+endif()
+
+option(ORV_TESTS "Build the tests" ON)
+option(ORV_BENCH "Build the benchmarks" OFF)
+option(ORV_FUZZ "Build the fuzz targets" OFF)
+set(ORV_SANITIZER "" CACHE STRING "address, thread, or empty")
+set(ORV_UPDATE_CLOUD_HOST "update.orv.example" CACHE STRING "Host of the update cloud when no upgrade_domain.json names another")
+
+add_library(OrvBuildFlags INTERFACE)
+if(MSVC)
+  target_compile_options(OrvBuildFlags INTERFACE /W4 /WX /utf-8 /permissive-)
+else()
+  target_compile_options(OrvBuildFlags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Werror)
+endif()
+
+if(ORV_SANITIZER STREQUAL "address")
+  set(ORV_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+elseif(ORV_SANITIZER STREQUAL "thread")
+  set(ORV_SANITIZER_FLAGS -fsanitize=thread -fno-omit-frame-pointer)
+elseif(ORV_SANITIZER)
+  message(FATAL_ERROR "ORV_SANITIZER is 'address', 'thread' or empty, not '${ORV_SANITIZER}'")
+endif()
+add_compile_options(${ORV_SANITIZER_FLAGS})
+add_link_options(${ORV_SANITIZER_FLAGS})
+
+find_package(Threads REQUIRED)

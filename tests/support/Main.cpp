@@ -1,0 +1,31 @@
+// The main of every test program: fails a test that made no assertion.
+#include "Asserting.h"
+
+#include <atomic>
+
+namespace {
+std::atomic<unsigned long> sAssertions{0};
+
+class AssertingListener : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override { sAssertions = 0; }
+    void OnTestEnd(const testing::TestInfo& info) override {
+        if (sAssertions == 0) ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " asserted nothing";
+    }
+};
+}  // namespace
+
+int support::countAssertion() {
+    ++sAssertions;
+    return 0;
+}
+
+unsigned long support::countedAssertions() { return sAssertions; }
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    auto& listeners = testing::UnitTest::GetInstance()->listeners();
+    auto* printer = listeners.Release(listeners.default_result_printer());
+    listeners.Append(new AssertingListener);
+    listeners.Append(printer);
+    return RUN_ALL_TESTS();
+}
