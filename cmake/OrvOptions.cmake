@@ -34,5 +34,3 @@ elseif(ORV_SANITIZER)
 endif()
 add_compile_options(${ORV_SANITIZER_FLAGS})
 add_link_options(${ORV_SANITIZER_FLAGS})
-
-find_package(Threads REQUIRED)
