@@ -33,7 +33,8 @@ std::shared_ptr<const SignatureSettings> SignatureSettings::current() {
 }
 
 bool SignatureSettings::acceptsPublisher(const std::string& commonName) const {
-    return publishers.empty() || std::find(publishers.begin(), publishers.end(), commonName) != publishers.end();
+    return publishers.empty() ||
+           (!commonName.empty() && std::find(publishers.begin(), publishers.end(), commonName) != publishers.end());
 }
 
 void Signature::setTrustedRoots(const std::string& pemFile) {
