@@ -1,8 +1,9 @@
+#include "ElevatedProcess.h"
+
 #include <cstdio>
 
 #include "EngineLog.h"
 #include "OrvInstaller.h"
-#include "Public/Base/System.h"
 
 namespace Tarnwick::OrvUpdate {
 
@@ -24,17 +25,18 @@ int lastNativeError() { return -ErrorInfo::getLastError().errorCode() - 10000; }
 
 }  // namespace
 
-bool OrvInstaller::createAdminisratorProcess(const std::string& program, const std::vector<Value>& arguments,
-                                             bool show) {
-    ProgramStart start{program, commandLine(arguments), show, true};
-    if (!System::isVersionOrLater(6, 0, 0)) {  // older systems know no raised rights
-        start.elevated = false;
-        return System::startPlain(start);
-    }
-    std::printf("appname:%s", program.c_str());
+bool startInstallerProgram(ProgramStart start, bool canRaiseRights) {
+    start.elevated = canRaiseRights;
+    if (!canRaiseRights) return System::startPlain(start);
+    std::printf("appname:%s", start.program.c_str());
     if (System::startElevated(start)) return true;
     ORV_LOG(2, "OrvInstaller", "RunApp Error: %d", lastNativeError());
     return false;
+}
+
+bool OrvInstaller::createAdminisratorProcess(const std::string& program, const std::vector<Value>& arguments,
+                                             bool show) {
+    return startInstallerProgram({program, commandLine(arguments), show, true}, System::isVersionOrLater(6, 0, 0));
 }
 
 }  // namespace Tarnwick::OrvUpdate

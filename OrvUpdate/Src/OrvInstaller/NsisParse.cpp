@@ -6,10 +6,10 @@ namespace Tarnwick::OrvUpdate {
 
 namespace {
 
-constexpr size_t kNtHeaderField = 60;    // where the offset of the NT header stands
-constexpr size_t kOptionalHeader = 24;   // behind the beginning of the NT header
-constexpr uint32_t kDosMagic = 0x5A4D;   // "MZ"
-constexpr uint32_t kNtMagic = 0x4550;    // "PE" and two zero bytes
+constexpr size_t kNtHeaderField = 60;   // where the offset of the NT header stands
+constexpr size_t kOptionalHeader = 24;  // behind the beginning of the NT header
+constexpr uint32_t kDosMagic = 0x5A4D;  // "MZ"
+constexpr uint32_t kNtMagic = 0x4550;   // "PE" and two zero bytes
 constexpr uint32_t kMagic32 = 0x10B;
 constexpr uint32_t kMagic64 = 0x20B;
 
@@ -32,9 +32,12 @@ uint32_t wordSizeOf(const char* data, size_t size) {
     const size_t ntHeader = numberAt(data, size, kNtHeaderField, 4);
     if (numberAt(data, size, ntHeader, 4) != kNtMagic) return 0;
     switch (numberAt(data, size, ntHeader + kOptionalHeader, 2)) {
-        case kMagic64: return 64;
-        case kMagic32: return 32;
-        default: return 0;
+        case kMagic64:
+            return 64;
+        case kMagic32:
+            return 32;
+        default:
+            return 0;
     }
 }
 
