@@ -28,11 +28,11 @@ bool TWField::to(uint32_t& out) const {
 }
 
 bool TWField::to(int32_t& out) const {
-    const auto number = static_cast<int64_t>(value);
-    if (isBytes || number < std::numeric_limits<int32_t>::min() || number > std::numeric_limits<int32_t>::max()) {
+    const auto whole = static_cast<int64_t>(value);
+    if (isBytes || whole < std::numeric_limits<int32_t>::min() || whole > std::numeric_limits<int32_t>::max()) {
         return false;
     }
-    out = static_cast<int32_t>(number);
+    out = static_cast<int32_t>(whole);
     return true;
 }
 
