@@ -19,14 +19,14 @@ struct PackageSpec {
     bool solid = true;
     bool unicode = true;
     std::string crc = "on";  ///< on, off, force
-    Files files;             ///< in this order; empty: defaultFiles
+    Files files = {};             ///< in this order; empty: defaultFiles
     bool versionResource = true;
     bool productVersionText = true;  ///< the resource's ProductVersion string
     bool fileVersionText = true;     ///< the resource's FileVersion string
     std::string product = "Orv Suite";
     std::string comment = "Orv upgrade package";
-    std::string headerScript;  ///< further script before the section
-    std::string extraScript;   ///< further script at the end of the section
+    std::string headerScript = {};  ///< further script before the section
+    std::string extraScript = {};   ///< further script at the end of the section
     bool uninstaller = false;  ///< writes "uninst.exe" into the install directory
 };
 

@@ -8,6 +8,7 @@ namespace {
 enum Table { Pages, Sections, Entries, Strings, Languages, Colors, Background, Data, TableCount };
 
 constexpr size_t kFlags = 4;
+constexpr size_t kToLanguageSize = 32;  // colours and registry places lie between the tables and that field
 constexpr size_t kPageSize = 64;
 constexpr size_t kClosingFields = 20;  // install directory, its tail, two uninstaller strings, the init string
 constexpr size_t kLanguageHead = 10;
@@ -20,7 +21,8 @@ bool HeaderBlock::parse(std::vector<unsigned char> bytes, bool wide) {
     const size_t rowSize = wide ? 12 : 8;
     const size_t size = mBytes.size();
     const size_t tableEnd = kFlags + TableCount * rowSize;
-    if (size < tableEnd + 4 + kClosingFields) return false;
+    const size_t fixedLeast = tableEnd + kToLanguageSize + 4 + kClosingFields;
+    if (size < fixedLeast) return false;
 
     uint64_t offset[TableCount], count[TableCount];
     for (size_t i = 0; i < TableCount; ++i) {
@@ -29,14 +31,14 @@ bool HeaderBlock::parse(std::vector<unsigned char> bytes, bool wide) {
         count[i] = le32(row + rowSize - 4);
     }
     // The first table follows the fixed part, the next ones follow in order.
-    if (offset[Pages] < tableEnd + 4 + kClosingFields) return false;
+    if (offset[Pages] < fixedLeast) return false;
     for (size_t i = Pages; i < Languages; ++i) {
         if (offset[i] > offset[i + 1]) return false;
     }
     if (offset[Languages] > size) return false;
     if (!fits(offset[Sections], offset[Pages], count[Pages] * kPageSize)) return false;
     if (!fits(offset[Strings], offset[Entries], count[Entries] * kEntrySize)) return false;
-    const uint64_t languageSize = le32(&mBytes[tableEnd]);
+    const uint64_t languageSize = le32(&mBytes[tableEnd + kToLanguageSize]);
     if (count[Languages] != 0 && languageSize < kLanguageHead) return false;
     if (!fits(size, offset[Languages], count[Languages] * languageSize)) return false;
 
