@@ -137,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(Packages, OrvInstallerLayout,
                                          LayoutCase{"OtherCaseIsNone", {"server.MSI"}, 1},
                                          LayoutCase{"OtherMsiIsNone", {"Tools.msi"}, 1},
                                          LayoutCase{"ShorterThanTheEnding", {"a", "msi", ".msi"}, 1}),
-                         [](const auto& info) { return info.param.title; });
+                         [](const auto& one) { return one.param.title; });
 
 TEST_P(OrvInstallerRole, GetsItsItems) {
     EXPECT_EQ(unpack(GetParam().isMsi ? msi() : tree(), static_cast<VersionType>(GetParam().role)), GetParam().files);
@@ -158,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RoleCase{"MsiVideoWall", true, 4, {"VideoWall.msi"}},
                     RoleCase{"MsiAnalytics", true, 5, {"Analytics.msi"}},
                     RoleCase{"MsiUnknownTakesEverything", true, 0, kWholeMsi}),
-    [](const auto& info) { return info.param.title; });
+    [](const auto& one) { return one.param.title; });
 
 TEST_F(OrvInstallerTest, UnpacksTheContentUnderTheShortenedName) {
     unpack(tree(), VersionType_Client);
@@ -474,7 +474,7 @@ TEST_P(OrvInstallerOutside, FailsTheItemAndWritesNothing) {
 INSTANTIATE_TEST_SUITE_P(Names, OrvInstallerOutside,
                          testing::Values("..\\evil.exe", "Orv Client\\..\\..\\evil.exe", "../evil.exe", "\\evil.exe",
                                          "/evil.exe", "C:\\evil.exe", "Orv Client\\nul", "com1.txt", ".. \\evil.exe", ""),
-                         [](const auto& info) { return "Name" + std::to_string(info.index); });
+                         [](const auto& one) { return "Name" + std::to_string(one.index); });
 
 TEST_F(OrvInstallerTest, AComponentDirectoryAloneIsNoItem) {
     const auto installer = make(package(tree()), VersionType_Client);

@@ -90,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
         VerdictCase{"NoVersionResource", [](auto& spec) { spec.versionResource = false; }, "1.11.0.8", 64, -302},
         VerdictCase{"IncompleteBeforeAnotherVersion",
                     [](auto& spec) { withItems(spec, {"win64.sysbits", "Orv Server\\s.exe"}); }, "9.9", 64, -308}),
-    [](const auto& info) { return info.param.title; });
+    [](const auto& one) { return one.param.title; });
 
 TEST_F(PackageTest, AnAbsentFileIsInvalid) { EXPECT_EQ(check(mPackage), -416); }
 
