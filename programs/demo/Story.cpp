@@ -47,7 +47,7 @@ bool Story::makePackages() {
     mNarration.step("The package compiler makes three packages");
     for (Package* package : {&mOld, &mNew, &mNext}) {
         package->file = mSite.path("packages/" + package->release.version + ".exe");
-        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " " +
+        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " --version " +
                               package->release.version + " " + inQuotes(package->file)) == 0;
         if (!mNarration.expect(made, package->release.version,
                                package->layout + " layout, " +
@@ -104,7 +104,7 @@ void Story::restoreFailed() {
     // The tree package again, as if newer, so that several files are replaced before the obstacle.
     Package broken{{"1.12.5.0", "2026-08-01 08:00:00", "meets an obstacle"}, "tree",
                    mSite.path("packages/1.12.5.0.exe")};
-    const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree 1.12.5.0 " + inQuotes(broken.file)) == 0;
+    const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree --version 1.12.5.0 " + inQuotes(broken.file)) == 0;
     mNarration.expect(made, broken.release.version, "made");
     const fs::path obstacle = mSite.path("installed/tools/OrvService.exe");
     fs::remove(obstacle);
