@@ -21,7 +21,11 @@ enum TWProtoMessageLevel : int {
 class ORV_PLATFORM_API TWFieldWriter {
 public:
     void number(uint32_t field, uint64_t value);
+    /// Always written.
+    void fixed64(uint32_t field, uint64_t value);
     void text(uint32_t field, std::string_view bytes);
+    /// One of a repeated field; written when empty too.
+    void element(uint32_t field, std::string_view bytes);
     /// A nested record, left out when all of its fields are.
     void record(uint32_t field, const struct TWPacket& nested);
     std::string take() { return std::move(mBytes); }

@@ -1,14 +1,24 @@
+// A directory of a test's own.
 #pragma once
-#include <filesystem>
+
 #include <string>
-#include <random>
+
 namespace support {
+
+/// Made under a name that nothing else uses, and removed with all that it holds.
 class TempDir {
 public:
-    TempDir() : mPath(std::filesystem::temp_directory_path() / ("orv-a-" + std::to_string(std::random_device{}()) + std::to_string(std::random_device{}()))) { std::filesystem::create_directories(mPath); }
-    ~TempDir() { std::error_code e; std::filesystem::remove_all(mPath, e); }
-    std::string path() const { return mPath.string(); }
+    /// Throws std::runtime_error when the system gives no directory.
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    /// Absolute, with "/", without one at its end.
+    const std::string& path() const { return mPath; }
+
 private:
-    std::filesystem::path mPath;
+    std::string mPath;
 };
-}
+
+}  // namespace support

@@ -238,7 +238,7 @@ TEST_F(OrvBackupTest, WalkOverAnAbsentDirectoryCallsNothing) {
 TEST_F(OrvBackupTest, WalkWithAnEmptyCallbackStillCopies) {
     writeText(app("a.txt"), "A");
     std::filesystem::create_directories(saved());
-    EXPECT_EQ(mBackup.backup(app(), {}).errorCode(), 0);
+    EXPECT_EQ(mBackup.backup(app(), IBackup::FileCallback()).errorCode(), 0);
     EXPECT_EQ(readText(saved("a.txt")), "A");
 }
 
@@ -328,7 +328,7 @@ TEST_F(OrvBackupTest, RestoreWalkOfAnAbsentBackupCallsNothing) {
 TEST_F(OrvBackupTest, RestoreWalkWithAnEmptyCallbackStillCopies) {
     writeText(saved("a.txt"), "A");
     std::filesystem::create_directories(app());
-    EXPECT_EQ(mBackup.restore(app(), {}).errorCode(), 0);
+    EXPECT_EQ(mBackup.restore(app(), IBackup::FileCallback()).errorCode(), 0);
     EXPECT_EQ(readText(app("a.txt")), "A");
 }
 

@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ItemCase{"VideoWallIsNeither", "Orv VideoWall\\a.exe", 0, false, false, false},
                     ItemCase{"OtherProgram", "setup.exe", 0, false, false, false},
                     ItemCase{"EmptyName", "", 0, false, false, false}),
-    [](const auto& info) { return info.param.title; });
+    [](const auto& one) { return one.param.title; });
 
 TEST(NsisParse, BeginsWithNothingKnown) {
     const NsisParse sink;
@@ -164,4 +164,4 @@ INSTANTIATE_TEST_SUITE_P(
                     HeadCase{"WrongOptionalMagic", [] { return damaged(64 + 24, 0x107); }},
                     HeadCase{"OffsetBehindTheEnd", [] { return damaged(60, 0x7FFFFFFF); }},
                     HeadCase{"OffsetThatWouldWrap", [] { return damaged(60, 0xFFFFFFF0); }}),
-    [](const auto& info) { return info.param.title; });
+    [](const auto& one) { return one.param.title; });

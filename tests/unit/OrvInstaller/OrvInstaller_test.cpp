@@ -1,6 +1,7 @@
 #include "OrvInstaller.h"
 
 #include <csignal>
+#include <future>
 #include <sys/resource.h>
 
 #include "FileText.h"
@@ -136,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(Packages, OrvInstallerLayout,
                                          LayoutCase{"OtherCaseIsNone", {"server.MSI"}, 1},
                                          LayoutCase{"OtherMsiIsNone", {"Tools.msi"}, 1},
                                          LayoutCase{"ShorterThanTheEnding", {"a", "msi", ".msi"}, 1}),
-                         [](const auto& info) { return info.param.title; });
+                         [](const auto& one) { return one.param.title; });
 
 TEST_P(OrvInstallerRole, GetsItsItems) {
     EXPECT_EQ(unpack(GetParam().isMsi ? msi() : tree(), static_cast<VersionType>(GetParam().role)), GetParam().files);
@@ -157,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RoleCase{"MsiVideoWall", true, 4, {"VideoWall.msi"}},
                     RoleCase{"MsiAnalytics", true, 5, {"Analytics.msi"}},
                     RoleCase{"MsiUnknownTakesEverything", true, 0, kWholeMsi}),
-    [](const auto& info) { return info.param.title; });
+    [](const auto& one) { return one.param.title; });
 
 TEST_F(OrvInstallerTest, UnpacksTheContentUnderTheShortenedName) {
     unpack(tree(), VersionType_Client);
@@ -222,30 +223,28 @@ TEST_F(OrvInstallerTest, CancelIsNotOfferedAndDoesNotStopTheThread) {
 
 TEST_F(OrvInstallerTest, StopBeforeAStartDoesNothing) { EXPECT_EQ(make(package())->stop().errorCode(), 0); }
 
-TEST_F(OrvInstallerTest, StopEndsTheThreadAfterTheItemThatItIsAt) {
+TEST_F(OrvInstallerTest, StopEndsTheRunAfterTheItemThatItIsAt) {
+    const auto installer = make(package(packageOf({"a", "b", "c"})));
+    mBackup->onBackup = [&](const std::string&) { installer->stop(); };
+    installer->start(mInstall, true, {});
+    waitFor(installer);
+    EXPECT_EQ(filesBelow(mInstall).size(), 1U);
+    EXPECT_EQ(mBackup->saved().size(), 1U);
+    EXPECT_EQ(installer->getError().errorCode(), 0);
+    mBackup->onBackup = nullptr;
+}
+
+TEST_F(OrvInstallerTest, StopWaitsUntilTheThreadHasEnded) {
     const auto installer = make(package(tree()));
-    std::promise<void> atFirst;
-    std::promise<void> goOn;
-    std::atomic<int> asked{0};
+    std::promise<void> started;
+    std::atomic<bool> told{false};
     mBackup->onBackup = [&](const std::string&) {
-        if (++asked == 1) {
-            atFirst.set_value();
-            goOn.get_future().wait();
-        }
+        if (!told.exchange(true)) started.set_value();
     };
     installer->start(mInstall, true, {});
-    atFirst.get_future().wait();
-    std::thread stopper([&] { installer->stop(); });
-    // The stop is under way once it has been asked for; only then may the item go on.
-    std::thread releaser([&] {
-        std::this_thread::yield();
-        goOn.set_value();
-    });
-    stopper.join();
-    releaser.join();
+    started.get_future().wait();
+    EXPECT_EQ(installer->stop().errorCode(), 0);
     EXPECT_TRUE(installer->finish());
-    EXPECT_EQ(installer->getError().errorCode(), 0);
-    EXPECT_GE(asked.load(), 1);
 }
 
 TEST_F(OrvInstallerTest, TakesNoFurtherItemOnceStopped) {
@@ -427,7 +426,6 @@ TEST_F(OrvInstallerTest, AnOutputFileThatCannotBeOpenedEndsTheRun) {
 }
 
 TEST_F(OrvInstallerTest, AShortWriteIsRecorded) {
-    const auto installer = make(package(tree()));
     const std::string block(1 << 20, 'x');
     PackageSpec spec;
     spec.files = {{"Orv Client\\big.bin", block}, {"Orv Client\\small.txt", "S"}};
@@ -476,7 +474,7 @@ TEST_P(OrvInstallerOutside, FailsTheItemAndWritesNothing) {
 INSTANTIATE_TEST_SUITE_P(Names, OrvInstallerOutside,
                          testing::Values("..\\evil.exe", "Orv Client\\..\\..\\evil.exe", "../evil.exe", "\\evil.exe",
                                          "/evil.exe", "C:\\evil.exe", "Orv Client\\nul", "com1.txt", ".. \\evil.exe", ""),
-                         [](const auto& info) { return "Name" + std::to_string(info.index); });
+                         [](const auto& one) { return "Name" + std::to_string(one.index); });
 
 TEST_F(OrvInstallerTest, AComponentDirectoryAloneIsNoItem) {
     const auto installer = make(package(tree()), VersionType_Client);

@@ -153,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
         DamageCase{"CutInsideTheSectionTable", [](auto& file) { file.bytes.resize(file.sectionHeader + 14); }},
         DamageCase{"CutInsideTheImportTable", [](auto& file) { file.bytes.resize(file.importTable + 17); }},
         DamageCase{"Empty", [](auto& file) { file.bytes.clear(); }}),
-    [](const auto& info) { return info.param.title; });
+    [](const auto& one) { return one.param.title; });
 
 TEST(PeImports, SurvivesACutAtEveryByte) {
     const support::PeFile file = sample();

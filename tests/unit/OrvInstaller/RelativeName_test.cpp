@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(Names, RelativeName,
                                          NameCase{"DeviceWithBlank", "prn .txt", false},
                                          NameCase{"PortOfSuperscript", "lpt\xC2\xB9", false},
                                          NameCase{"ConsoleInput", "CONIN$", false}),
-                         [](const auto& info) { return info.param.title; });
+                         [](const auto& one) { return one.param.title; });
 
 TEST(RelativeName, LeadsUpByAnyPart) {
     EXPECT_TRUE(leadsUp(".."));
