@@ -17,7 +17,7 @@ namespace {
 constexpr auto kReportWithin = std::chrono::seconds(60);
 constexpr size_t kSlowLine = 60000;  // bytes a second
 
-std::string quoted(const std::string& text) { return "\"" + text + "\""; }
+std::string inQuotes(const std::string& text) { return "\"" + text + "\""; }
 
 /// Runs a command line to its end. @return its exit status
 int run(const std::string& commandLine) {
@@ -47,8 +47,8 @@ bool Story::makePackages() {
     mNarration.step("The package compiler makes three packages");
     for (Package* package : {&mOld, &mNew, &mNext}) {
         package->file = mSite.path("packages/" + package->release.version + ".exe");
-        const bool made = run(quoted(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " " +
-                              package->release.version + " " + quoted(package->file)) == 0;
+        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " " +
+                              package->release.version + " " + inQuotes(package->file)) == 0;
         if (!mNarration.expect(made, package->release.version,
                                package->layout + " layout, " +
                                    std::to_string(made ? fs::file_size(package->file) : 0) + " bytes")) {
@@ -104,7 +104,7 @@ void Story::restoreFailed() {
     // The tree package again, as if newer, so that several files are replaced before the obstacle.
     Package broken{{"1.12.5.0", "2026-08-01 08:00:00", "meets an obstacle"}, "tree",
                    mSite.path("packages/1.12.5.0.exe")};
-    const bool made = run(quoted(ORV_DEMO_MAKE_PACKAGE) + " --layout tree 1.12.5.0 " + quoted(broken.file)) == 0;
+    const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree 1.12.5.0 " + inQuotes(broken.file)) == 0;
     mNarration.expect(made, broken.release.version, "made");
     const fs::path obstacle = mSite.path("installed/tools/OrvService.exe");
     fs::remove(obstacle);
@@ -138,9 +138,9 @@ void Story::expectUnchanged(const Files& before) {
 
 int Story::runHost(const std::string& runningVersion, bool cancel) {
     fs::remove(mSite.path("report.json"));
-    return run(quoted(mSite.path("program/orvhost")) + " " + runningVersion + " " + quoted(mSite.path("store")) + " " +
-               quoted(mSite.path("installed")) + " " + quoted(mSite.path("report.json")) + " " +
-               quoted(mSite.path("backup")) + " " + quoted(mSite.path("machine/Windows/system32")) +
+    return run(inQuotes(mSite.path("program/orvhost")) + " " + runningVersion + " " + inQuotes(mSite.path("store")) + " " +
+               inQuotes(mSite.path("installed")) + " " + inQuotes(mSite.path("report.json")) + " " +
+               inQuotes(mSite.path("backup")) + " " + inQuotes(mSite.path("machine/Windows/system32")) +
                (cancel ? " cancel" : ""));
 }
 

@@ -15,7 +15,8 @@ std::string toPem(BIO* bio) {
 }
 
 Key newKey(CertificateSpec::KeyKind kind) {
-    Key key(kind == CertificateSpec::EcP256 ? EVP_EC_gen("P-256") : EVP_RSA_gen(2048));
+    Key key(kind == CertificateSpec::EcP256 ? EVP_EC_gen("P-256")
+                                            : EVP_RSA_gen(kind == CertificateSpec::Rsa512 ? 512u : 2048u));
     require(key != nullptr, "make a key");
     return key;
 }
@@ -98,7 +99,9 @@ Credential makeCertificate(const CertificateSpec& spec, const Credential* issuer
             "notBefore");
     require(ASN1_TIME_set_string_X509(X509_getm_notAfter(certificate.get()), spec.notAfter.c_str()) == 1, "notAfter");
     X509_set_pubkey(certificate.get(), key.get());
-    addExtension(certificate.get(), issuing, NID_basic_constraints, spec.authority ? "critical,CA:TRUE" : "CA:FALSE");
+    if (spec.constrained)
+        addExtension(certificate.get(), issuing, NID_basic_constraints,
+                     spec.authority ? "critical,CA:TRUE" : "CA:FALSE");
     addExtension(certificate.get(), issuing, NID_key_usage, spec.keyUsage);
     addExtension(certificate.get(), issuing, NID_ext_key_usage, spec.extendedKeyUsage);
     addExtension(certificate.get(), issuing, NID_subject_key_identifier, "hash");

@@ -13,13 +13,14 @@ struct Credential {
 };
 
 struct CertificateSpec {
-    enum KeyKind { Rsa2048, EcP256 };
+    enum KeyKind { Rsa2048, EcP256, Rsa512 };
 
     std::string commonName = {};    ///< left out when empty
     std::string organization = {};  ///< left out when empty
     std::string notBefore = "20200101000000Z";
     std::string notAfter = "20491231000000Z";
     bool authority = false;             ///< may issue certificates
+    bool constrained = true;            ///< says whether it is an authority at all
     std::string keyUsage = {};          ///< as OpenSSL's configuration writes it; left out when empty
     std::string extendedKeyUsage = {};  ///< likewise
     std::string digest = "sha256";      ///< of the issuer's signature

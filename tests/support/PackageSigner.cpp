@@ -64,27 +64,25 @@ size_t tableEntry(const std::string& program) {
     return optional + ((number(program, optional) & 0xffff) == 0x20b ? 144 : 128);
 }
 
-/// Adds the time-stamp to a signature as an attribute that it does not sign itself.
-std::string stamped(const std::string& signature, const TimeStamp& stamp) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(signature.data());
-    const ssl::SignedData data(d2i_PKCS7(nullptr, &bytes, static_cast<long>(signature.size())));
-    ssl::require(data != nullptr, "read a signature");
-    PKCS7_SIGNER_INFO* signer = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(data.get()), 0);
-    const std::string signatureBytes(reinterpret_cast<const char*>(ASN1_STRING_get0_data(signer->enc_digest)),
-                                     static_cast<size_t>(ASN1_STRING_length(signer->enc_digest)));
+ssl::SignedData readMessage(const std::string& der) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
+    ssl::SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(der.size())));
+    ssl::require(message && PKCS7_get_signer_info(message.get()), "read a signature");
+    return message;
+}
 
-    const bool legacy = stamp.form == TimeStamp::CounterSignature;
-    const std::string value = legacy ? makeCounterSignature(stamp.authority, signatureBytes, stamp.when)
-                                     : makeTimeStampToken(stamp.authority, signatureBytes, stamp.when);
-    if (legacy) {
-        const auto certificate = ssl::readCertificate(stamp.authority.certificate);
-        ssl::require(PKCS7_add_certificate(data.get(), certificate.get()) == 1, "add a certificate");
-    }
-    ssl::Owned<X509_ATTRIBUTE, &X509_ATTRIBUTE_free> attribute(X509_ATTRIBUTE_create_by_txt(
-        nullptr, legacy ? "1.2.840.113549.1.9.6" : "1.3.6.1.4.1.311.3.3.1", V_ASN1_SEQUENCE,
-        reinterpret_cast<const unsigned char*>(value.data()), static_cast<int>(value.size())));
-    ssl::require(attribute && X509at_add1_attr(&signer->unauth_attr, attribute.get()), "add an attribute");
-    return ssl::toDer(data.get(), i2d_PKCS7);
+std::string stamped(const std::string& signature, const TimeStamp& stamp) {
+    const auto message = readMessage(signature);
+    const auto* digest = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(message.get()), 0)->enc_digest;
+    const std::string bytes(reinterpret_cast<const char*>(ASN1_STRING_get0_data(digest)),
+                            static_cast<size_t>(ASN1_STRING_length(digest)));
+    if (stamp.form == TimeStamp::Rfc3161)
+        return addAttribute(signature, "1.3.6.1.4.1.311.3.3.1", makeTimeStampToken(stamp.authority, bytes, stamp.when));
+    // The older form leaves its authority's certificate to the signature.
+    const auto certificate = ssl::readCertificate(stamp.authority.certificate);
+    ssl::require(PKCS7_add_certificate(message.get(), certificate.get()) == 1, "add a certificate");
+    return addAttribute(ssl::toDer(message.get(), i2d_PKCS7), "1.2.840.113549.1.9.6",
+                        makeCounterSignature(stamp.authority, bytes, stamp.when));
 }
 
 }  // namespace
@@ -135,6 +133,16 @@ void writeSignatures(const std::string& file, const std::vector<std::string>& en
     const auto size = static_cast<uint32_t>(program.size()) - begin;
     program.replace(entry, 8, numberBytes(size ? begin : 0) + numberBytes(size));
     save(file, program);
+}
+
+std::string addAttribute(const std::string& signature, const std::string& objectId, const std::string& value) {
+    const auto message = readMessage(signature);
+    const ssl::Owned<X509_ATTRIBUTE, &X509_ATTRIBUTE_free> attribute(X509_ATTRIBUTE_create_by_txt(
+        nullptr, objectId.c_str(), V_ASN1_SEQUENCE, reinterpret_cast<const unsigned char*>(value.data()),
+        static_cast<int>(value.size())));
+    PKCS7_SIGNER_INFO* signer = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(message.get()), 0);
+    ssl::require(attribute && X509at_add1_attr(&signer->unauth_attr, attribute.get()), "add an attribute");
+    return ssl::toDer(message.get(), i2d_PKCS7);
 }
 
 SigningKit::SigningKit(const std::string& directory)

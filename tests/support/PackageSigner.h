@@ -15,13 +15,13 @@ struct TimeStamp {
     enum Form { Rfc3161, CounterSignature };
     Form form = Rfc3161;
     std::time_t when = 0;
-    Credential authority;
+    Credential authority = {};
 };
 
 struct SignOptions {
-    std::string hash = "sha256";     ///< or sha1
-    bool nested = false;             ///< adds to the signature that the file has, instead of replacing it
-    std::optional<TimeStamp> stamp;  ///< of the primary signature
+    std::string hash = "sha256";          ///< or sha1
+    bool nested = false;                  ///< adds to the signature that the file has, instead of replacing it
+    std::optional<TimeStamp> stamp = {};  ///< of the primary signature
 };
 
 /// Signs the program file `in` into `out`, which is replaced. Throws std::runtime_error with the tool's words.
@@ -31,6 +31,9 @@ void signFile(const Credential& signer, const std::string& in, const std::string
 std::vector<std::string> readSignatures(const std::string& file);
 /// Gives the file a certificate table of these entries, padded to eight bytes each, in the place of the one it has.
 void writeSignatures(const std::string& file, const std::vector<std::string>& entries);
+
+/// Adds an attribute that the signature (DER) does not sign itself. @param value DER of a sequence
+std::string addAttribute(const std::string& signature, const std::string& objectId, const std::string& value);
 
 /// A set of authorities and publishers, made once per build directory and shared by all test processes.
 class SigningKit {

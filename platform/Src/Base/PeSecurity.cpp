@@ -37,7 +37,7 @@ bool readHead(Bytes file, Head& head) {
 
 /// Walks the whole table, so that a flaw behind the first signature is found too.
 bool findSignature(Bytes table, Bytes& signature, std::string& flaw) {
-    bool found = false;
+    Bytes first;
     while (!table.empty()) {
         const size_t length = table.size() < sEntryHead ? 0 : little32(table, 0);
         if (length < sEntryHead || length > table.size()) {
@@ -45,14 +45,13 @@ bool findSignature(Bytes table, Bytes& signature, std::string& flaw) {
             return false;
         }
         const size_t padded = std::min((length + 7) / 8 * 8, table.size());
-        if (!found && little16(table, 4) == sRevision2 && little16(table, 6) == sPkcs7SignedData) {
-            signature = table.subspan(sEntryHead, padded - sEntryHead);
-            found = true;
-        }
+        if (!first.data() && little16(table, 4) == sRevision2 && little16(table, 6) == sPkcs7SignedData)
+            first = table.subspan(sEntryHead, padded - sEntryHead);
         table = table.subspan(padded);
     }
-    if (!found) flaw = "the certificate table holds no signature";
-    return found;
+    if (!first.data()) flaw = "the certificate table holds no signature";
+    signature = first;
+    return first.data() != nullptr;
 }
 
 PeSecurity answer(PeSecurity::State state, const char* flaw) {

@@ -62,9 +62,10 @@ std::string parseMessage(Bytes entry, ProgramSignature& signature) {
     if (!outer.take(DerReader::Sequence, ignored)) return sUnreadable;
     const size_t length = entry.size() - outer.rest().size();
     const auto* bytes = entry.data();
-    signature.message.reset(d2i_PKCS7(nullptr, &bytes, static_cast<long>(length)));
-    if (!signature.message || bytes != entry.data() + length || !PKCS7_type_is_signed(signature.message.get()))
+    ssl::SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(length)));
+    if (!message || bytes != entry.data() + length || !PKCS7_type_is_signed(message.get()) || !message->d.sign)
         return sUnreadable;
+    signature.message = std::move(message);
     const Bytes padding = outer.rest();
     if (std::any_of(padding.begin(), padding.end(), [](unsigned char byte) { return byte != 0; }))
         return "there is something hidden behind the signature";
@@ -74,7 +75,6 @@ std::string parseMessage(Bytes entry, ProgramSignature& signature) {
 /// Finds the one signer and the certificate, whatever else may be wrong, so that the signer can be named.
 std::string findSigner(ProgramSignature& signature) {
     const PKCS7_SIGNED* body = signature.message->d.sign;
-    if (!body) return sUnreadable;
     signature.certificates = body->cert;
     if (sk_PKCS7_SIGNER_INFO_num(body->signer_info) != 1) return "the signature has not exactly one signer";
     signature.signer = sk_PKCS7_SIGNER_INFO_value(body->signer_info, 0);
