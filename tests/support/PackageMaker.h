@@ -19,7 +19,7 @@ struct PackageSpec {
     bool solid = true;
     bool unicode = true;
     std::string crc = "on";  ///< on, off, force
-    Files files = {};             ///< in this order; empty: defaultFiles
+    Files files = {};        ///< in this order; empty: defaultFiles
     bool versionResource = true;
     bool productVersionText = true;  ///< the resource's ProductVersion string
     bool fileVersionText = true;     ///< the resource's FileVersion string
@@ -27,7 +27,7 @@ struct PackageSpec {
     std::string comment = "Orv upgrade package";
     std::string headerScript = {};  ///< further script before the section
     std::string extraScript = {};   ///< further script at the end of the section
-    bool uninstaller = false;  ///< writes "uninst.exe" into the install directory
+    bool uninstaller = false;       ///< writes "uninst.exe" into the install directory
 };
 
 /// A program image that passes for one: MZ and PE heads with the word size's magic, then reproducible bytes.
