@@ -34,7 +34,7 @@ struct PackageSpec {
 /// @param bits 32 or 64   @param seed makes one image differ from another   @param size at least 256
 std::string programImage(int bits, const std::string& seed, size_t size = 1024);
 
-/// The items of a package whose spec names none: the word-size marker, then "Orv Client\\OrvClient.exe" and the like,
+/// The items of a package when none are named: the word-size marker, then "Orv Client\\OrvClient.exe" and the like,
 /// or "Client.msi" and the like.
 PackageSpec::Files defaultFiles(const PackageSpec& spec);
 
