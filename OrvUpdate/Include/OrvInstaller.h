@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Archive/IExtractOutFile.h"
@@ -37,7 +38,8 @@ public:
     /// @param flag, callback not used   @return -1 when the package could not be opened or listed, or there is no
     /// thread
     ErrorInfo start(const std::string& installDir, bool flag, const Function<void()>& callback) override;
-    /// Ends the thread, after the item that it is at. @return code 0
+    /// Ends the thread, after the item that it is at, and waits for it; on the thread itself it does not wait.
+    /// @return code 0
     ErrorInfo stop() override;
     /// @return -2
     ErrorInfo cancel() override;
@@ -70,6 +72,8 @@ private:
     void setError(IExtractOutFile::ErrorCode code) override;
     void threadProc() override;
 
+    /// True on the thread of a run that is still on, such as in a call of the backup.
+    bool onInstallThread() const;
     /// True when the item belongs to the role; shortens the name to what is below the role's directory.
     bool selectItem(std::string& name) const;
     void recordError(const ErrorInfo& error);
@@ -78,6 +82,7 @@ private:
 
     std::atomic<bool> mFinished{false};
     std::atomic<bool> mStopping{false};
+    std::atomic<std::thread::id> mInstallThread{};  // while it extracts
     const std::string mPackageFile;
     std::string mInstallDir;
     std::shared_ptr<OrvInstaller> mSelf;  // from start until the thread holds the object itself

@@ -61,7 +61,7 @@ OrvInstaller::~OrvInstaller() {
 }
 
 ErrorInfo OrvInstaller::start(const std::string& installDir, bool, const Function<void()>&) {
-    if (!mDecompile) return ErrorInfo(ErrorCode_Failed, "");
+    if (!mDecompile || onInstallThread()) return ErrorInfo(ErrorCode_Failed, "");
     auto self = shared_from_this();
     destroyThread();
     mInstallDir = installDir;
@@ -80,7 +80,7 @@ ErrorInfo OrvInstaller::start(const std::string& installDir, bool, const Functio
 ErrorInfo OrvInstaller::stop() {
     if (!mDecompile) return {};
     mStopping = true;
-    destroyThread();
+    if (!onInstallThread()) destroyThread();
     return {};
 }
 
@@ -107,9 +107,13 @@ int OrvInstaller::getPackageVersion() { return mPackageVersion; }
 
 void OrvInstaller::threadProc() {
     const auto self = std::move(mSelf);  // may be the last to hold the object, which then ends on this thread
+    mInstallThread = std::this_thread::get_id();
     mDecompile->extract(self);
+    mInstallThread = std::thread::id();
     mFinished = true;
 }
+
+bool OrvInstaller::onInstallThread() const { return mInstallThread.load() == std::this_thread::get_id(); }
 
 bool OrvInstaller::selectItem(std::string& name) const {
     if (mPackageVersion == Layout_Msi) {

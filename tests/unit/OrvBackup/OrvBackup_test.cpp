@@ -15,7 +15,9 @@ namespace {
 class OrvBackupTest : public testing::Test {
 protected:
     std::string app(const std::string& name = {}) const { return mRoot + "/app" + (name.empty() ? "" : "/" + name); }
-    std::string saved(const std::string& name = {}) const { return mRoot + "/saved" + (name.empty() ? "" : "/" + name); }
+    std::string saved(const std::string& name = {}) const {
+        return mRoot + "/saved" + (name.empty() ? "" : "/" + name);
+    }
 
     IBackup::FileCallback note() {
         return [this](const std::string& name, const ErrorInfo& result) { mResults[name] = result; };

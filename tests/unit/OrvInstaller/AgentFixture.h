@@ -27,8 +27,8 @@ public:
     std::function<void()> duringTest;  // after the start has begun, before the test has a result
 };
 
-/// A sound package with its entry, a program directory with an installer program, a system drive, and a host that answers
-/// as a test wants. No program is really started.
+/// A sound package with its entry, a program directory with an installer program, a system drive, and a host that
+/// answers as a test wants. No program is really started.
 class AgentFixture : public testing::Test {
 protected:
     AgentFixture() {

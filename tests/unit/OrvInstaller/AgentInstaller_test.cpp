@@ -132,7 +132,8 @@ INSTANTIATE_TEST_SUITE_P(Directories, AgentInstallDir,
                                          DirectoryCase{"TwoBackslashesAtTheEnd", "C:\\Orv\\\\", "C:\\Orv\\"},
                                          DirectoryCase{"ForwardSeparatorAtTheEnd", "/opt/orv/", "/opt/orv/"},
                                          DirectoryCase{"BackslashAlone", "\\", ""},
-                                         DirectoryCase{"WithBlanks", "C:\\Program Files\\Orv", "C:\\Program Files\\Orv"}),
+                                         DirectoryCase{"WithBlanks", "C:\\Program Files\\Orv",
+                                                       "C:\\Program Files\\Orv"}),
                          [](const auto& one) { return one.param.title; });
 
 TEST_P(AgentRole, HasItsInstallerDirectoryAndIsPassedOn) {
@@ -156,7 +157,8 @@ TEST_F(AgentInstallerTest, UsesTheDirectoryOfTheBrandedEdition) {
     Public::Base::OEMInfo::setOemInfo({});
     EXPECT_EQ(code, 0);
     ASSERT_EQ(mPrograms.starts().size(), 1U);
-    EXPECT_EQ(mPrograms.starts()[0].program, mDrive + "\\ProgramData\\Acme Vision\\Client\\installer\\orvInstaller.exe");
+    EXPECT_EQ(mPrograms.starts()[0].program,
+              mDrive + "\\ProgramData\\Acme Vision\\Client\\installer\\orvInstaller.exe");
 }
 
 TEST_F(AgentInstallerTest, FindsTheDriveInAnyCaseAndWithBackslashes) {

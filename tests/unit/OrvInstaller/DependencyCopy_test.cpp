@@ -142,7 +142,9 @@ TEST_F(DependencyCopy, DoesNotLookIntoAHiddenDirectory) {
 TEST_F(DependencyCopy, FindsModulesOfAnyExtension) {
     module("app.exe", {"native-program", "libengine.so.1"});
     module("native-program");
-    writeText(source("libengine.so.1"), "\x7F" "ELF and no program of this format");
+    writeText(source("libengine.so.1"),
+              "\x7F"
+              "ELF and no program of this format");
     EXPECT_TRUE(copy());
     EXPECT_EQ(copied(), (Names{"app.exe", "libengine.so.1", "native-program"}));
 }

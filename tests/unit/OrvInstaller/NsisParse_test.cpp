@@ -153,7 +153,8 @@ TEST_P(NsisParseHead, GivesNoWordSize) {
 
 INSTANTIATE_TEST_SUITE_P(
     Damaged, NsisParseHead,
-    testing::Values(HeadCase{"Empty", [] { return std::string(); }}, HeadCase{"OneByte", [] { return std::string("M"); }},
+    testing::Values(HeadCase{"Empty", [] { return std::string(); }},
+                    HeadCase{"OneByte", [] { return std::string("M"); }},
                     HeadCase{"MagicAlone", [] { return std::string("MZ"); }},
                     HeadCase{"EndsBeforeTheOffset", [] { return program(true).substr(0, 62); }},
                     HeadCase{"EndsBeforeTheNtHeader", [] { return program(true).substr(0, 64); }},

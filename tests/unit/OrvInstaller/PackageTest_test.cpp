@@ -68,13 +68,24 @@ INSTANTIATE_TEST_SUITE_P(
         VerdictCase{"SinglyCompressed", [](auto& spec) { spec.solid = false; }, "1.11.0.8", 64, 0},
         VerdictCase{"AnsiPackage", [](auto& spec) { spec.unicode = false; }, "1.11.0.8", 64, 0},
         VerdictCase{"ServerAloneLacksTheClient",
-                    [](auto& spec) { withItems(spec, {"win64.sysbits", "Orv Server\\s.exe"}); }, "1.11.0.8", 64, -308},
+                    [](auto& spec) {
+                        withItems(spec, {"win64.sysbits", "Orv Server\\s.exe"});
+                    },
+                    "1.11.0.8", 64, -308},
         VerdictCase{"ClientAloneLacksTheServer",
-                    [](auto& spec) { withItems(spec, {"win64.sysbits", "Orv Client\\c.exe"}); }, "1.11.0.8", 64, -308},
-        VerdictCase{"ServerMsiAlone", [](auto& spec) { withItems(spec, {"win64.sysbits", "Server.msi"}); }, "1.11.0.8",
-                    64, -308},
+                    [](auto& spec) {
+                        withItems(spec, {"win64.sysbits", "Orv Client\\c.exe"});
+                    },
+                    "1.11.0.8", 64, -308},
+        VerdictCase{"ServerMsiAlone",
+                    [](auto& spec) {
+                        withItems(spec, {"win64.sysbits", "Server.msi"});
+                    },
+                    "1.11.0.8", 64, -308},
         VerdictCase{"ClientAndServerOfBothLayouts",
-                    [](auto& spec) { withItems(spec, {"win64.sysbits", "Orv Client\\c.exe", "Server.msi"}); },
+                    [](auto& spec) {
+                        withItems(spec, {"win64.sysbits", "Orv Client\\c.exe", "Server.msi"});
+                    },
                     "1.11.0.8", 64, 0},
         VerdictCase{"AnotherVersion", [](auto&) {}, "1.11.0.9", 64, -428},
         VerdictCase{"AnotherBuildOfTheVersion", [](auto&) {}, "1.11.0.8-b2", 64, -428},
@@ -83,13 +94,21 @@ INSTANTIATE_TEST_SUITE_P(
         VerdictCase{"Package32OnEntry64", [](auto& spec) { spec.bits = 32; }, "1.11.0.8", 64, -428},
         VerdictCase{"Package64OnEntry32", [](auto&) {}, "1.11.0.8", 32, -428},
         VerdictCase{"UnknownWordSizeOnEntry64",
-                    [](auto& spec) { withItems(spec, {"Orv Client\\c.txt", "Orv Server\\s.txt"}); }, "1.11.0.8", 64,
-                    -428},
+                    [](auto& spec) {
+                        withItems(spec, {"Orv Client\\c.txt", "Orv Server\\s.txt"});
+                    },
+                    "1.11.0.8", 64, -428},
         VerdictCase{"UnknownWordSizeOnUnknownEntry",
-                    [](auto& spec) { withItems(spec, {"Orv Client\\c.txt", "Orv Server\\s.txt"}); }, "1.11.0.8", 0, 0},
+                    [](auto& spec) {
+                        withItems(spec, {"Orv Client\\c.txt", "Orv Server\\s.txt"});
+                    },
+                    "1.11.0.8", 0, 0},
         VerdictCase{"NoVersionResource", [](auto& spec) { spec.versionResource = false; }, "1.11.0.8", 64, -302},
         VerdictCase{"IncompleteBeforeAnotherVersion",
-                    [](auto& spec) { withItems(spec, {"win64.sysbits", "Orv Server\\s.exe"}); }, "9.9", 64, -308}),
+                    [](auto& spec) {
+                        withItems(spec, {"win64.sysbits", "Orv Server\\s.exe"});
+                    },
+                    "9.9", 64, -308}),
     [](const auto& one) { return one.param.title; });
 
 TEST_F(PackageTest, AnAbsentFileIsInvalid) { EXPECT_EQ(check(mPackage), -416); }
@@ -183,7 +202,10 @@ TEST_F(PackageTest, AnAcceptedVersionGoesOnToTheSize) {
     make();
     change([](std::string& bytes) { bytes += 'x'; });
     PackageFindings findings;
-    EXPECT_EQ(examinePackage(mPackage, [](const std::string&) { return ErrorInfo(); }, findings).errorCode(), -302);
+    EXPECT_EQ(examinePackage(
+                  mPackage, [](const std::string&) { return ErrorInfo(); }, findings)
+                  .errorCode(),
+              -302);
 }
 
 TEST_F(PackageTest, ManyTestsOfOneFileRunBesideEachOther) {

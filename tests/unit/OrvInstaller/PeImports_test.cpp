@@ -141,8 +141,7 @@ INSTANTIATE_TEST_SUITE_P(
         DamageCase{"SectionOfOtherAddresses", [](auto& file) { file.set32(file.sectionHeader + 12, 0xFFFF0000); }},
         DamageCase{"EmptySection", [](auto& file) { file.set32(file.sectionHeader + 16, 0); }},
         DamageCase{"ImportTableAddressZero", [](auto& file) { file.set32(file.importDirectoryField(), 0); }},
-        DamageCase{"ImportTableInNoSection",
-                   [](auto& file) { file.set32(file.importDirectoryField(), 0xFFFFFFFF); }},
+        DamageCase{"ImportTableInNoSection", [](auto& file) { file.set32(file.importDirectoryField(), 0xFFFFFFFF); }},
         DamageCase{"ImportTableBehindTheEnd",
                    [](auto& file) {
                        file.set32(file.sectionHeader + 16, 0xFFFFFFFF);
