@@ -77,8 +77,8 @@ TEST(OrvVersion, ProviderWinsOverTheServerIdOfADocument) {
     const auto version =
         std::make_shared<OrvVersion>(nullptr, "/store", std::make_shared<support::ServerIdSource>("provided"));
     ASSERT_FALSE(version->parseVersion(
-        R"({"softversion":"1.0","serverid":"written","description":"","systemType":1,"systemBits":64,)"
-        R"("versionType":1,"versionSource":1})"));
+        std::string(R"({"softversion":"1.0","serverid":"written","description":"","systemType":1,"systemBits":64,)"
+                    R"("versionType":1,"versionSource":1})")));
     EXPECT_EQ(version->getServerid(), "provided");
 }
 

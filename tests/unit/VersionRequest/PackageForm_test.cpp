@@ -1,6 +1,8 @@
 // The store's test of one package file.
+#include "Archive/NSISDecompile.h"
 #include "FileText.h"
 #include "PackageStore.h"
+#include "PeBuilder.h"
 #include "VersionRequest.h"
 
 using support::PackageSpec;
@@ -73,7 +75,7 @@ TEST_F(PackageForm, RefusesAPackageOfAnUntrustedSigner) {
 }
 
 TEST_F(PackageForm, RefusesASignedProgramThatIsNoPackage) {
-    const std::string program = mStore.putText("program.exe", support::programImage(64, "x", 4096));
+    const std::string program = mStore.putText("program.exe", support::buildPe({true, {}, {}, "x"}).bytes);
     SigningKit().sign(program, mStore.path("signed.exe"));
     EXPECT_FALSE(VersionRequest::isInvalidPakcage(mStore.path("signed.exe")));
 }
