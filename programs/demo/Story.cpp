@@ -15,7 +15,9 @@ using namespace Tarnwick::OrvUpdate;
 namespace {
 
 constexpr auto kReportWithin = std::chrono::seconds(60);
-constexpr size_t kSlowLine = 60000;  // bytes a second
+// Bytes a second.
+constexpr size_t kUsualLine = 400000;
+constexpr size_t kSlowLine = 60000;
 
 std::string inQuotes(const std::string& text) { return "\"" + text + "\""; }
 
@@ -47,14 +49,13 @@ bool Story::makePackages() {
     mNarration.step("The package compiler makes three packages");
     for (Package* package : {&mOld, &mNew, &mNext}) {
         package->file = mSite.path("packages/" + package->release.version + ".exe");
-        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " " +
+        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " --version " +
                               package->release.version + " " + inQuotes(package->file)) == 0;
         if (!mNarration.expect(made, package->release.version,
                                package->layout + " layout, " +
                                    std::to_string(made ? fs::file_size(package->file) : 0) + " bytes")) {
             return false;
         }
-        mCloud.publish(package->release);
     }
     return true;
 }
@@ -73,13 +74,14 @@ void Story::installOldVersion() {
 
 void Story::upgrade() {
     mNarration.step("The update cloud at " + mCloud.address() + " offers " + mNew.release.version);
-    mCloud.offer(mNew.release, readFile(mNew.file), 0);
+    mCloud.publish(mOld.release);
+    mCloud.publish(mNew.release);
+    mCloud.offer(mNew.release, readFile(mNew.file), kUsualLine);
     const auto before = mSite.files("installed");
     const int status = runHost(mOld.release.version, false);
     mNarration.expect(status == 0, "host", "has ended with status " + std::to_string(status));
-    int error = 0;
-    const std::string result = waitForReport(error);
-    mNarration.expect(result == "installed", "installer", result + ", error " + std::to_string(error));
+    const Report report = waitForReport();
+    mNarration.expect(report.result == "installed", "installer", report.result + report.reason);
     mNarration.expect(mSite.files("installed") != before, "after", "what is installed now:");
     mNarration.show(mSite.tree("installed"));
     mNarration.expect(mSite.files("backup") == before, "backup", "every replaced file was saved first:");
@@ -90,7 +92,8 @@ void Story::refuseTampered() {
     mNarration.step("The cloud serves " + mNext.release.version + " with one byte changed");
     std::string tampered = readFile(mNext.file);
     tampered[tampered.size() / 2] = static_cast<char>(tampered[tampered.size() / 2] ^ 1);
-    mCloud.offer(mNext.release, tampered, 0);
+    mCloud.publish(mNext.release);
+    mCloud.offer(mNext.release, tampered, kUsualLine);
     const auto before = mSite.files("installed");
     const int status = runHost(mNew.release.version, false);
     mNarration.expect(status == 4, "host", "has refused the package and goes on, status " + std::to_string(status));
@@ -104,19 +107,18 @@ void Story::restoreFailed() {
     // The tree package again, as if newer, so that several files are replaced before the obstacle.
     Package broken{{"1.12.5.0", "2026-08-01 08:00:00", "meets an obstacle"}, "tree",
                    mSite.path("packages/1.12.5.0.exe")};
-    const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree 1.12.5.0 " + inQuotes(broken.file)) == 0;
+    const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree --version 1.12.5.0 " + inQuotes(broken.file)) == 0;
     mNarration.expect(made, broken.release.version, "made");
     const fs::path obstacle = mSite.path("installed/tools/OrvService.exe");
     fs::remove(obstacle);
     fs::create_directories(obstacle / "in the way");
     const auto before = mSite.files("installed");
-    mCloud.offer(broken.release, readFile(broken.file), 0);
+    mCloud.publish(broken.release);
+    mCloud.offer(broken.release, readFile(broken.file), kUsualLine);
     const int status = runHost(mNew.release.version, false);
     mNarration.expect(status == 0, "host", "has ended with status " + std::to_string(status));
-    int error = 0;
-    const std::string result = waitForReport(error);
-    mNarration.expect(result == "restored", "installer",
-                      result + " from the backup: an output file cannot be opened (error " + std::to_string(error) + ")");
+    const Report report = waitForReport();
+    mNarration.expect(report.result == "restored", "installer", report.result + report.reason);
     expectUnchanged(before);
     fs::remove_all(obstacle);
 }
@@ -144,15 +146,16 @@ int Story::runHost(const std::string& runningVersion, bool cancel) {
                (cancel ? " cancel" : ""));
 }
 
-std::string Story::waitForReport(int& error) const {
+Story::Report Story::waitForReport() const {
     const auto deadline = std::chrono::steady_clock::now() + kReportWithin;
     while (std::chrono::steady_clock::now() < deadline) {
         Public::Base::JsonValue report;
         if (!report.read(Public::Base::SharedBuffer(readFile(mSite.path("report.json")))) && report.isMember("result")) {
-            error = report["error"]->toInt();
-            return report["result"]->toString();
+            const int error = report["error"]->toInt();
+            const std::string reason = report["reason"]->toString() + " (error " + std::to_string(error) + ")";
+            return {report["result"]->toString(), error == 0 ? "" : ": " + reason};
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-    return "";
+    return {"no report came", ""};
 }

@@ -21,6 +21,10 @@ private:
         std::string layout;  ///< "tree" or "msi"
         std::string file;
     };
+    struct Report {
+        std::string result;  ///< "installed", "restored", "damaged"
+        std::string reason;  ///< to be put behind it; empty without an error
+    };
     using Files = std::map<std::string, std::string>;
 
     bool makePackages();
@@ -32,8 +36,8 @@ private:
 
     /// Runs the host to its end. @return its exit status
     int runHost(const std::string& runningVersion, bool cancel);
-    /// Waits for the launched installer's report. @return "installed", "restored", "damaged", or "" when none came
-    std::string waitForReport(int& error) const;
+    /// Waits for what the launched installer reports.
+    Report waitForReport() const;
     void expectUnchanged(const Files& before);
 
     Narration mNarration;

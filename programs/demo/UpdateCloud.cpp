@@ -14,7 +14,7 @@ UpdateCloud::UpdateCloud() : mServer(std::make_unique<httplib::Server>()) {
     serve();
     mPort = mServer->bind_to_any_port("127.0.0.1");
     mThread = std::thread([this] { mServer->listen_after_bind(); });
-    mServer->wait_until_ready();
+    while (!mServer->is_running()) std::this_thread::yield();  // it cannot be stopped before
 }
 
 UpdateCloud::~UpdateCloud() {

@@ -47,20 +47,23 @@ ErrorInfo answerOf(Request request) {
     return answer.get();
 }
 
-void showNotes(IVersionRequest& request) {
+/// Of the versions between the running one and the newest.
+void showNotes(IVersionRequest& request, const Version& newest) {
     for (const auto& note : request.getReleaseHistory()) {
-        tell("note", note->getVersion().toString() + ": " + note->getVersionInfo());
+        const Version version = note->getVersion();
+        if (version <= request.getCurVersion() || version > newest) continue;
+        tell("note", version.toString() + ": " + note->getVersionInfo());
     }
 }
 
 /// Shows how far the transfer is until the installation has ended, or cancels it on the way.
 void watch(IVersionRequest& request, const std::shared_ptr<IVersion>& version,
            const std::shared_ptr<IDownload>& transfer, std::future<int>& ended, bool cancel) {
-    float shown = -1;
+    float shown = 0;
     while (ended.wait_for(std::chrono::milliseconds(20)) == std::future_status::timeout) {
         float progress = 0;
         transfer->getProgress(progress);
-        if (progress - shown >= 0.25F || (progress >= 1.0F && shown < 1.0F)) {
+        if (progress - shown >= 0.25F && progress < 1.0F) {
             tell("fetched", std::to_string(static_cast<int>(progress * 100)) + " %");
             shown = progress;
         }
@@ -83,7 +86,7 @@ int upgradeTo(IVersionRequest& request, const std::shared_ptr<IVersionRequest>& 
             tell("refused", withCode(error));
             result.set_value(Failed);
         },
-        [] { tell("arrived", "the package lies in the store"); },
+        [] { tell("fetched", "100 %, the package lies in the store"); },
         [] { tell("tested", "signature, size, content, version and word size are as they must be"); });
     watch(request, newest, transfer, ended, cancel);
     return cancel ? static_cast<int>(Cancelled) : ended.get();
@@ -120,6 +123,7 @@ int main(int argc, char** argv) {
             return true;
         },
         [&] {
+            std::printf("\n");  // the engine has named the program that it starts
             tell("launched", "the installer runs; the host ends itself");
             result.set_value(Launched);
             return true;
@@ -141,6 +145,6 @@ int main(int argc, char** argv) {
         return NothingNewer;
     }
     tell("newest", running.toString() + " -> " + newest->getVersion().toString());
-    showNotes(*request);
+    showNotes(*request, newest->getVersion());
     return upgradeTo(*request, request, newest, installDir, cancel, result, ended);
 }

@@ -30,6 +30,16 @@ ErrorInfo unpack(const UpgradeOrder& order, const std::shared_ptr<RecordingBacku
     return progress < 1.0F ? ErrorInfo(Public::Base::ErrorCode_PackageUnreadable, "") : ErrorInfo();
 }
 
+std::string reasonOf(const ErrorInfo& error) {
+    if (!error || !error.errorMessage().empty()) return error.errorMessage();
+    switch (static_cast<int>(error.errorCode())) {
+        case Public::Base::ErrorCode_OutputOpen: return "an output file cannot be opened";
+        case Public::Base::ErrorCode_OutputWrite: return "an output file cannot be written";
+        case Public::Base::ErrorCode_PackageUnreadable: return "the package cannot be read to its end";
+        default: return "the package cannot be opened";
+    }
+}
+
 }  // namespace
 
 UpgradeOutcome upgrade(const UpgradeOrder& order) {
@@ -62,6 +72,7 @@ bool writeReport(const std::string& path, const UpgradeOutcome& outcome) {
     Public::Base::JsonValue report;
     report["result"] = kResults[static_cast<size_t>(outcome.result)];
     report["error"] = static_cast<int>(outcome.error.errorCode());
+    report["reason"] = reasonOf(outcome.error);
     report["replaced"] = static_cast<int>(outcome.filesReplaced);
     report["added"] = static_cast<int>(outcome.filesAdded);
     return File::save(path, report.toStyledString(Public::Base::WriteStyle_Indented));

@@ -28,5 +28,6 @@ struct UpgradeOutcome {
 /// Waits for the host to end, unpacks the role's files with a backup of each, and restores everything on any failure.
 UpgradeOutcome upgrade(const UpgradeOrder& order);
 
-/// Writes the outcome as a JSON document: "result" ("installed", "restored" or "damaged"), "error", "replaced", "added".
+/// Writes the outcome as a JSON document: "result" ("installed", "restored" or "damaged"), "error", "reason",
+/// "replaced", "added".
 bool writeReport(const std::string& path, const UpgradeOutcome& outcome);

@@ -19,7 +19,7 @@ struct PackageSpec {
     bool solid = true;
     bool unicode = true;
     std::string crc = "on";  ///< on, off, force
-    Files files = {};             ///< in this order; empty: defaultFiles
+    Files files = {};        ///< in this order; empty: defaultFiles
     bool versionResource = true;
     bool productVersionText = true;  ///< the resource's ProductVersion string
     bool fileVersionText = true;     ///< the resource's FileVersion string
@@ -27,14 +27,14 @@ struct PackageSpec {
     std::string comment = "Orv upgrade package";
     std::string headerScript = {};  ///< further script before the section
     std::string extraScript = {};   ///< further script at the end of the section
-    bool uninstaller = false;  ///< writes "uninst.exe" into the install directory
+    bool uninstaller = false;       ///< writes "uninst.exe" into the install directory
 };
 
 /// A program image that passes for one: MZ and PE heads with the word size's magic, then reproducible bytes.
 /// @param bits 32 or 64   @param seed makes one image differ from another   @param size at least 256
 std::string programImage(int bits, const std::string& seed, size_t size = 1024);
 
-/// The items of a package whose spec names none: the word-size marker, then "Orv Client\\OrvClient.exe" and the like,
+/// The items of a package when none are named: the word-size marker, then "Orv Client\\OrvClient.exe" and the like,
 /// or "Client.msi" and the like.
 PackageSpec::Files defaultFiles(const PackageSpec& spec);
 

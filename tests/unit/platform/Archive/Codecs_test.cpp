@@ -365,7 +365,8 @@ TEST(Bzip2Stream, DecodesOneStreamAfterAnother) {
 }
 
 TEST(Bits, BehindTheEndAreZeroAndRemembered) {
-    BitReader bits(view("\xff"));
+    const std::string byte = "\xff";
+    BitReader bits(view(byte));
     EXPECT_EQ(bits.take(8), 0xFFu);
     EXPECT_FALSE(bits.overrun());
     EXPECT_EQ(bits.take(5), 0u);
@@ -373,7 +374,8 @@ TEST(Bits, BehindTheEndAreZeroAndRemembered) {
 }
 
 TEST(Bits, MayBePeekedAtBehindTheEnd) {
-    BitReader bits(view("\xab\xcd"));
+    const std::string bytes = "\xab\xcd";
+    BitReader bits(view(bytes));
     EXPECT_EQ(bits.peek(20), 0xABCD0u);
     bits.drop(16);
     EXPECT_FALSE(bits.overrun());

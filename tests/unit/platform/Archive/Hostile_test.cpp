@@ -87,7 +87,7 @@ TEST_F(MutatedHeader, NeitherCrashesNorHangs) {
     uint32_t state = 7;
     auto random = [&] { return (state = state * 1664525 + 1013904223) >> 8; };
     int opened = 0, refused = 0;
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 400; ++round) {
         std::string changed = bytes;
         for (uint32_t flips = 1 + random() % 4; flips-- > 0;) {
             const size_t at = 512 + random() % (changed.size() - 512);
@@ -102,8 +102,8 @@ TEST_F(MutatedHeader, NeitherCrashesNorHangs) {
             ++refused;
         }
     }
-    EXPECT_GT(opened, 100);
-    EXPECT_GT(refused, 100);
+    EXPECT_GT(opened, 20);
+    EXPECT_GT(refused, 20);
 }
 
 // Compared with the archiver that users meet.
