@@ -227,12 +227,6 @@ TEST(FailedConnections, EndWithStatus0) {
     EXPECT_EQ(fetch.completions, 1);
 }
 
-TEST(FailedConnections, ToANameThatDoesNotExistEndWithStatus0) {
-    Fetch fetch("http://no-such-host.invalid/");
-    fetch.run(IOWorker::create(1));
-    EXPECT_EQ(fetch.status(), 0);
-}
-
 TEST(SecurePeers, ThatSpeakNoTlsAreRefused) {
     HttpFileServer server;
     server.serve("/a", "ok");
