@@ -1,4 +1,4 @@
-// The main of every test program: fails a test that made no assertion.
+// The main of every test program: fails a test that skips itself or makes no assertion.
 #include "Asserting.h"
 
 #include <atomic>
@@ -9,6 +9,7 @@ std::atomic<unsigned long> sAssertions{0};
 class AssertingListener : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override { sAssertions = 0; }
     void OnTestEnd(const testing::TestInfo& info) override {
+        if (info.result()->Skipped()) ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " skipped itself";
         if (sAssertions == 0) ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " asserted nothing";
     }
 };

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 
 #include "Public/Base/PlatformExport.h"
 
@@ -44,6 +45,12 @@ struct ORV_PLATFORM_API Version {
     std::string toSimpleString() const;
 
 private:
+    int compare(const Version& other) const;
+    // The parts as the text form can carry them.
+    int carriedOem() const;
+    int carriedBuild() const;
+    std::string_view carriedRevision() const;
+
     std::array<int, 4> mNumbers{};
     int mCount = 0;  // numbers read from the text; 0 is the empty version
     int mOem = 0;

@@ -1,0 +1,64 @@
+// What is the same of files on every system.
+#include "Public/Base/File.h"
+
+#include <mutex>
+
+#include "Base/ProgramDirectory.h"
+
+namespace Public::Base {
+
+namespace {
+std::mutex sMutex;  // guards sProgramDirectory
+std::string sProgramDirectory;
+}  // namespace
+
+std::string File::getExcutableFileFullPath() {
+    {
+        std::lock_guard lock(sMutex);
+        if (!sProgramDirectory.empty()) return sProgramDirectory;
+    }
+    return programDirectory();
+}
+
+void File::setExcutableFileFullPath(const std::string& path) {
+    std::lock_guard lock(sMutex);
+    sProgramDirectory = path;
+}
+
+bool File::gets(std::string& line) {
+    line.clear();
+    bool any = false;
+    for (char c = 0; read(&c, 1) == 1;) {
+        any = true;
+        if (c == '\n') break;
+        line += c;
+    }
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return any;
+}
+
+bool File::puts(const std::string& text) { return write(text.data(), text.size()) == text.size(); }
+
+SharedBuffer File::load(const std::string& path) {
+    constexpr size_t kPiece = 1 << 16;
+    File file(path);
+    if (!file.open(OpenMode_Read)) return {};
+    std::string content;
+    content.reserve(getLength(path));
+    for (;;) {
+        const size_t held = content.size();
+        content.resize(held + kPiece);
+        const size_t got = file.read(content.data() + held, kPiece);
+        content.resize(held + got);
+        if (got < kPiece) break;
+    }
+    return SharedBuffer(std::move(content));
+}
+
+bool File::save(const std::string& path, const SharedBuffer& content) {
+    File file(path);
+    if (!file.open(OpenMode_Create)) return false;
+    return file.write(content.buf(), content.size()) == content.size() && file.flush();
+}
+
+}  // namespace Public::Base

@@ -1,0 +1,50 @@
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Base/Posix/NativePath.h"
+#include "Public/Base/System.h"
+
+namespace Public::Base {
+
+MappedFile::~MappedFile() { close(); }
+
+MappedFile::Result MappedFile::open(const std::string& path) {
+    close();
+    std::string native;
+    if (!toNativePath(path, native)) return Result::CannotOpen;
+    const int fd = ::open(findRegardlessOfCase(native).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) {
+        failWithErrno();
+        return Result::CannotOpen;
+    }
+    struct stat status {};
+    Result result = Result::CannotMap;
+    if (::fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {
+        failWith(EISDIR);
+        result = Result::CannotOpen;
+    } else if (S_ISREG(status.st_mode) && status.st_size > 0) {
+        const auto size = static_cast<size_t>(status.st_size);
+        void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
+        if (mapped != MAP_FAILED) {
+            mData = static_cast<const unsigned char*>(mapped);
+            mSize = size;
+            result = Result::Mapped;
+        } else {
+            failWithErrno();
+        }
+    }
+    ::close(fd);
+    return result;
+}
+
+void MappedFile::close() {
+    if (mData != nullptr) ::munmap(const_cast<unsigned char*>(mData), mSize);
+    mData = nullptr;
+    mSize = 0;
+}
+
+}  // namespace Public::Base

@@ -1,0 +1,49 @@
+#include "Public/Base/Process.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+
+#include "Public/Base/Clock.h"
+#include "Public/Base/Thread.h"
+
+namespace Public::Base {
+
+namespace {
+
+bool runs(unsigned int processId) { return ::kill(static_cast<pid_t>(processId), 0) == 0 || errno == EPERM; }
+
+/// For a kernel that gives no handle on a process.
+bool waitByLooking(unsigned int processId, unsigned int timeoutMs) {
+    constexpr unsigned kLookEveryMs = 20;
+    const uint64_t deadline = Clock::current()->milliseconds() + timeoutMs;
+    while (runs(processId)) {
+        if (Clock::current()->milliseconds() >= deadline) return false;
+        Thread::sleep(kLookEveryMs);
+    }
+    return true;
+}
+
+}  // namespace
+
+unsigned int Process::getProcessId() { return static_cast<unsigned int>(::getpid()); }
+
+bool Process::waitForExit(unsigned int processId, unsigned int timeoutMs) {
+    if (processId == 0 || processId > INT_MAX) return true;
+    const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0));
+    if (handle < 0) return errno == ESRCH || waitByLooking(processId, timeoutMs);
+    pollfd ended{handle, POLLIN, 0};
+    const int timeout = timeoutMs > INT_MAX ? INT_MAX : static_cast<int>(timeoutMs);
+    int found = 0;
+    do {
+        found = ::poll(&ended, 1, timeout);
+    } while (found < 0 && errno == EINTR);
+    ::close(handle);
+    return found > 0;
+}
+
+}  // namespace Public::Base

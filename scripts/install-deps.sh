@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Installs what the build and the tests need on Debian 12. Does nothing when all of it is there.
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build pkg-config git ca-certificates python3
+  libcurl4-openssl-dev libssl-dev zlib1g-dev liblzma-dev nlohmann-json3-dev libspdlog-dev
+  libgtest-dev libbenchmark-dev
+  nsis osslsigncode openssl protobuf-compiler 7zip
+  clang-format clang-tidy
+)
+# "fuzz" adds the compiler that has the fuzzing engine.
+[ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev)
+
+missing=()
+for package in "${packages[@]}"; do
+  [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+as_root=()
+if [ "$(id -u)" != 0 ]; then
+  command -v sudo >/dev/null || { echo "install-deps: run as root once, to install: ${missing[*]}" >&2; exit 1; }
+  as_root=(sudo)
+fi
+echo "== install: ${missing[*]}"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+export DEBIAN_FRONTEND=noninteractive
+if ! { "${as_root[@]}" apt-get update -qq && "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+  cat "$log" >&2
+  exit 1
+fi
