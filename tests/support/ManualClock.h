@@ -1,39 +1,42 @@
-// A clock that stands until a test advances it.
+// A clock that a test advances.
 #pragma once
 
-#include <map>
+#include <atomic>
+#include <chrono>
+#include <memory>
 
 #include "Public/Base/Clock.h"
 
 namespace support {
 
-class ManualClock : public Public::Base::Clock {
+/// The time of this one. Whoever waits on it looks at it once in a real millisecond.
+class ManualTime : public Public::Base::Clock {
 public:
-    uint64_t milliseconds() override;
-    bool waitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition, uint64_t deadline) override;
-
-    void advance(uint64_t milliseconds);
-    /// Threads that wait on this clock at the moment.
-    size_t waiters();
+    uint64_t milliseconds() override { return mNow; }
+    bool waitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition, uint64_t deadline) override {
+        if (mNow >= deadline) return true;
+        condition.wait_for(lock, std::chrono::milliseconds(1));
+        return mNow >= deadline;
+    }
+    void advance(uint64_t milliseconds) { mNow += milliseconds; }
 
 private:
-    std::mutex mMutex;
-    uint64_t mNow = 1000000;
-    std::map<std::condition_variable*, int> mWaiters;
+    std::atomic<uint64_t> mNow{1000000};
 };
 
-/// Puts a manual clock in force for its own life.
-class ManualClockInForce {
+/// Puts such a clock in force while it lives.
+class ManualClock {
 public:
-    ManualClockInForce() { Public::Base::Clock::replace(mClock); }
-    ~ManualClockInForce() { Public::Base::Clock::replace(nullptr); }
-    ManualClockInForce(const ManualClockInForce&) = delete;
-    ManualClockInForce& operator=(const ManualClockInForce&) = delete;
+    ManualClock() { Public::Base::Clock::replace(mTime); }
+    ~ManualClock() { Public::Base::Clock::replace(nullptr); }
+    ManualClock(const ManualClock&) = delete;
+    ManualClock& operator=(const ManualClock&) = delete;
 
-    ManualClock* operator->() { return mClock.get(); }
+    void advance(uint64_t milliseconds) { mTime->advance(milliseconds); }
+    uint64_t now() const { return mTime->milliseconds(); }
 
 private:
-    std::shared_ptr<ManualClock> mClock = std::make_shared<ManualClock>();
+    std::shared_ptr<ManualTime> mTime = std::make_shared<ManualTime>();
 };
 
 }  // namespace support
