@@ -6,6 +6,7 @@ packages=(
   g++ cmake ninja-build pkg-config git ca-certificates python3
   libcurl4-openssl-dev libssl-dev zlib1g-dev liblzma-dev nlohmann-json3-dev libspdlog-dev
   libgtest-dev libbenchmark-dev
+  libcpp-httplib-dev
   nsis osslsigncode openssl protobuf-compiler 7zip
   clang-format clang-tidy
 )

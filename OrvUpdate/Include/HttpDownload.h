@@ -17,7 +17,7 @@ namespace Tarnwick::OrvUpdate {
 
 /// Streams the body of one GET into the package's final file. Held by std::shared_ptr by the version that it belongs to,
 /// of which it keeps a weak reference. Callbacks run on a thread of the IOWorker, or on the caller's when the package was
-/// already sound; that one must not call start on the same object.
+/// already sound.
 /// Received bytes, total and progress are set at construction only: a second run counts on from the old figures.
 class ORV_UPDATE_API HttpDownload : public IDownload, public std::enable_shared_from_this<HttpDownload> {
 public:
@@ -42,8 +42,10 @@ public:
 
 private:
     ErrorInfo start();
+    ErrorInfo begin(bool& arrived);
     ErrorInfo fetch(const std::shared_ptr<OrvVersion>& version, const std::string& path);
     void notifyFinish();
+    void endExchange();
     void onHttpFinishCallback(const std::shared_ptr<Public::Network::HTTPClient>& client,
                               const std::shared_ptr<Public::Network::HTTPClientRequest>& request,
                               const std::shared_ptr<Public::Network::HTTPClientResponse>& response);
@@ -63,7 +65,7 @@ private:
     std::atomic<uint64_t> mTotal{0};
     std::atomic<bool> mFinished{false};
     ErrorInfo mError;
-    std::mutex mStartMutex;     // held for the whole of the private start; before mCallbackMutex
+    std::mutex mStartMutex;     // orders start, stop and cancel; the outermost lock
     std::mutex mCallbackMutex;  // guards mCallbacks
     std::shared_ptr<IOWorker> mIOWorker;
 };

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Archive/IExtractOutFile.h"
@@ -19,9 +20,10 @@
 namespace Tarnwick::OrvUpdate {
 
 /// For programs that unpack a package in their own process. Must be owned by a std::shared_ptr. The work runs on the
-/// thread "InstallThread"; progress, finish and error are read from any other. Files of a run that failed half-way stay:
-/// putting the old ones back is the business of IBackup::restore, which the caller calls. Nothing is written outside of
-/// the install directory.
+/// thread "InstallThread"; progress, finish and error are read from any other. Files of a run that failed half-way
+/// stay: putting the old ones back is the business of IBackup::restore, which the caller calls. Nothing is written
+/// outside of the install directory. A name that leads elsewhere, by itself or through a linked directory, fails its
+/// item; a link in the place of an item is replaced by the item.
 class ORV_UPDATE_API OrvInstaller : public IInstaller,
                                     public Public::Base::Thread,
                                     public IExtractOutFile,
@@ -32,9 +34,12 @@ public:
     OrvInstaller(const std::shared_ptr<IBackup>& backup, const std::string& packageFile, VersionType type);
     ~OrvInstaller() override;
 
-    /// Starts the thread. @param flag, callback not used   @return -1 when the package could not be opened or listed
+    /// Starts the thread; a run that is still on is waited for. Each start is a new run with progress 0 and no error.
+    /// @param flag, callback not used   @return -1 when the package could not be opened or listed, or there is no
+    /// thread
     ErrorInfo start(const std::string& installDir, bool flag, const Function<void()>& callback) override;
-    /// Ends the thread, after the item that it is at. @return code 0
+    /// Ends the thread, after the item that it is at, and waits for it; on the thread itself it does not wait.
+    /// @return code 0
     ErrorInfo stop() override;
     /// @return -2
     ErrorInfo cancel() override;
@@ -50,12 +55,12 @@ public:
 
     /// Starts a program with raised rights and does not wait for it. @param arguments each is put in double quotes; one
     /// that holds a double quote is not escaped   @return false when it could not be started
-    static bool createAdminisratorProcess(const std::string& program,
-                                          const std::vector<Public::Base::Value>& arguments, bool show);
+    static bool createAdminisratorProcess(const std::string& program, const std::vector<Public::Base::Value>& arguments,
+                                          bool show);
     /// The package test. Decompresses the package in full, writes nothing. Runs on the calling thread.
     /// @return 0; -416 no such file; -302 not a readable package, badly signed, unsigned and not whole, or undecodable;
-    ///         -606 the reader reported an error; -308 it lacks the client or the server; -428 of another version or word
-    ///         size
+    ///         -606 the reader reported an error; -308 it lacks the client or the server; -428 of another version or
+    ///         word size
     static ErrorInfo checkPackage(const std::string& path, const std::string& versionText, int systemBits);
 
 private:
@@ -67,14 +72,20 @@ private:
     void setError(IExtractOutFile::ErrorCode code) override;
     void threadProc() override;
 
+    /// True on the thread of a run that is still on, such as in a call of the backup.
+    bool onInstallThread() const;
     /// True when the item belongs to the role; shortens the name to what is below the role's directory.
     bool selectItem(std::string& name) const;
     void recordError(const ErrorInfo& error);
+    /// The item's output file cannot be had. @return false
+    bool refuseItem(const std::string& path);
 
     std::atomic<bool> mFinished{false};
     std::atomic<bool> mStopping{false};
+    std::atomic<std::thread::id> mInstallThread{};  // while it extracts
     const std::string mPackageFile;
     std::string mInstallDir;
+    std::shared_ptr<OrvInstaller> mSelf;  // from start until the thread holds the object itself
     std::shared_ptr<NSISDecompile> mDecompile;
     std::atomic<float> mProgress{0.0F};
     std::string mCurrentName;

@@ -19,6 +19,8 @@ class AgentInstaller;
 class IDownload;
 class VersionService;
 struct HttpUrl;
+struct RunningInstall;
+struct StoreCache;
 
 /// Owns the catalogue and the release notes, knows the running version and the store, and holds the connection to the
 /// queue. Must be owned by a std::shared_ptr, which the factories of IVersionRequest see to: otherwise start and the HTTP
@@ -59,6 +61,8 @@ public:
     void requestVersionFromHttp(const Function<void(const ErrorInfo&)>& callback, bool unused) override;
     void registerNewestVersionNotify(const Function<void()>& callback) override;
     void registerVersionRequestNotify(const Function<void()>& callback) override;
+    /// What registerVersionRequestNotify was given; for the service.
+    Function<void()> getVersionRequestNotify() const;
 
     /// The server's id, or this end's id on the client's link; empty without either.
     std::string getServerId() override;
@@ -121,21 +125,23 @@ private:
     bool sendCloudRequest(const std::string& url, const Function<void(const ErrorInfo&, const std::string&)>& finished);
 
     // Install.cpp
-    void onPackageArrived(const std::shared_ptr<IDownload>& transfer, const std::shared_ptr<IVersion>& version,
-                          const std::string& installDir, bool flag, const Function<void(const ErrorInfo&)>& onError,
-                          const Function<void()>& onDownloaded, const Function<void()>& onInstalling);
+    void onPackageArrived(const std::shared_ptr<RunningInstall>& install);
+    void releaseInstall(const std::shared_ptr<RunningInstall>& install);
 
     // VersionRequest.cpp
     std::shared_ptr<Tarnwick::MQ::MQMessage> onNewestVersionNotify(
         const std::shared_ptr<Tarnwick::MQ::MQMessage>& message);
+    static StoreCache& storeCache();
+    VersionSet scanStore(const std::string& dir, const Version& running);
     Version currentVersion() const;
-    Version requestVersion() const;
+    Version versionToRequest() const;
 
     // Catalogue.cpp
     VersionSet snapshot();
 
     std::shared_ptr<IOWorker> mIOWorker;
-    mutable std::mutex mStateMutex;  // guards the two versions and mDownloadDir; never held with another lock
+    std::mutex mStartMutex;          // orders start and stop; the outermost lock
+    mutable std::mutex mStateMutex;  // guards the two versions and mDownloadDir; an innermost lock
     std::list<Version> mCurVersions; // the last one is in force; older ones stay for references handed out
     Version mRequestVersion;
     std::mutex mVersionMutex;  // guards the two sets; never held across a callback
@@ -144,7 +150,9 @@ private:
     SafeSharedPtr<VersionService> mVersionService;  // set while started
     std::shared_ptr<TWMQClient> mMQClient;
     std::shared_ptr<TWMQServer> mMQServer;
-    SafeSharedPtr<AgentInstaller> mAgentInstaller;
+    SafeSharedPtr<AgentInstaller> mAgentInstaller;  // the agent of the running install
+    std::mutex mInstallMutex;                       // guards mRunningInstalls
+    std::list<std::shared_ptr<RunningInstall>> mRunningInstalls;
     std::atomic<bool> mInstallCancel{false};
     std::string mDownloadDir;
     VersionType mVersionType;

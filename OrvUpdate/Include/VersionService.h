@@ -42,6 +42,13 @@ private:
 
     using Message = std::shared_ptr<Tarnwick::MQ::MQMessage>;
 
+    // CatalogueTopics.cpp
+    Message onMQRequestVersionCallback(const Message& message);
+    Message onMQRequestReleaseHistoryCallback(const Message& message);
+    Message onMQQueryVersionCallback(const Message& message);
+    Message onMQQueryReleaseHistoryCallback(const Message& message);
+    Message onMQNotifyUpdateCallback(const Message& message);
+
     /// Null when the request is for this node; a message with an error when it could not be passed on; a message without
     /// one when it has been.
     Message routeToTarget(const std::string& target, const Message& message);

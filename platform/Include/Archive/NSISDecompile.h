@@ -44,7 +44,6 @@ public:
     virtual void close();
 
 private:
-    class Package;
     struct State;
     std::unique_ptr<State> mState;
 };

@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 
+#include "Base/ThreadName.h"
 #include "MQ/QueueThread.h"
 #include "Public/Base/Clock.h"
 
@@ -25,6 +26,7 @@ struct Deadlines::State {
 
 void Deadlines::State::run() {
     onQueueThread() = true;
+    Public::Base::nameThisThread("OrvQueueTimer");
     std::unique_lock lock(mutex);
     while (!ended) {
         if (tasks.empty()) {

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <system_error>
 
+#include "Base/ThreadName.h"
 #include "MQ/QueueThread.h"
 #include "Public/Base/Printer.h"
 
@@ -61,6 +62,7 @@ void WorkPool::State::startThread() {
 
 void WorkPool::State::runThread() {
     onQueueThread() = true;
+    Public::Base::nameThisThread("OrvQueue");
     std::unique_lock lock(mutex);
     for (;;) {
         if (tasks.empty()) {

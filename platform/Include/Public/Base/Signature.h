@@ -11,14 +11,17 @@ namespace Public::Base {
 /// Authenticode: the signature that a PE file carries in its certificate table (Microsoft, "Windows Authenticode
 /// Portable Executable Signature Format"). Windows asks the system's verifier, without fetching revocation lists; POSIX
 /// checks the table, the digest (SHA-1 or SHA-256), the CMS signature (RFC 5652) and the chain (RFC 5280) against the
-/// trusted roots, judging validity at the time of the time-stamp where there is one. Thread-safe.
+/// trusted roots, judging validity at the time of the time-stamp where there is one. The first signature of the table
+/// decides. As for other verifiers, a table that does not end the file exactly, because bytes were appended or cut, is
+/// no table; stricter than most, POSIX takes bytes hidden in the padding of the signature for a flaw. Thread-safe.
 class ORV_PLATFORM_API Signature {
 public:
     /// @param file   wide path of the file
     /// @param signer subject of the signer, "unknown" when a signature is there but names none, empty when the file
     ///               carries no signature
     /// @param detail why the answer is false, for logs; empty when it is true
-    /// @return true when the file carries a good signature of a trusted publisher. False with an empty signer: unsigned,
+    /// @return true when the file carries a good signature of a trusted publisher. False with an empty signer:
+    /// unsigned,
     ///         or not a readable PE file. False with a signer: the signature is bad.
     static bool Verify(const std::wstring& file, std::wstring& signer, std::wstring& detail);
 

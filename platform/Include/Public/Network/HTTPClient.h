@@ -110,7 +110,7 @@ private:
 /// One client for one request. The destructor ends a running request: it returns only when the callbacks of that request
 /// have ended or can no longer begin, except on the thread of such a callback itself. A request ended in this way calls
 /// its completion no more.
-class ORV_PLATFORM_API HTTPClient {
+class ORV_PLATFORM_API HTTPClient : public std::enable_shared_from_this<HTTPClient> {
 public:
     using Completion =
         Public::Base::Function<void(const std::shared_ptr<HTTPClient>&, const std::shared_ptr<HTTPClientRequest>&,

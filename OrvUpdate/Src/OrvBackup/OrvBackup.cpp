@@ -1,0 +1,95 @@
+#include "OrvBackup.h"
+
+#include <algorithm>
+
+#include "EngineLog.h"
+#include "ParentDirectory.h"
+#include "Public/Base/Directory.h"
+#include "Public/Base/File.h"
+#include "RelativeName.h"
+
+namespace Tarnwick::OrvUpdate {
+
+using namespace Public::Base;
+
+namespace {
+
+/// @param name of the file, for the log; one that climbs out of its directory is refused
+ErrorInfo copyFile(const std::string& from, const std::string& to, const std::string& name) {
+    ErrorInfo error;
+    if (leadsUp(name)) {
+        error = ErrorInfo(ErrorCode_OutputOpen, "");
+    } else if (!File::copy(from, to)) {
+        error = ErrorInfo::getLastError();
+    }
+    if (error) ORV_LOG(6, "OrvBackup", "backup fail, name:%s", name);
+    return error;
+}
+
+/// What stands behind the directory's path, its separator included.
+std::string behind(const std::string& dir, const std::string& path) {
+    return path.substr(std::min(dir.size(), path.size()));
+}
+
+}  // namespace
+
+OrvBackup::OrvBackup(const std::string& backupDir) : mBackupDir(backupDir) {}
+
+ErrorInfo OrvBackup::backup(const std::string& dir, const FileCallback& callback) {
+    backupLevel(dir, callback);
+    return {};
+}
+
+void OrvBackup::backupLevel(const std::string& dir, const FileCallback& callback) {
+    Directory directory(dir);
+    Dirent entry;
+    while (directory.read(entry)) {
+        if (entry.type != Dirent::Type_File) {
+            backupLevel(entry.fullPath, callback);
+            continue;
+        }
+        // Cut at this level's path, not at the walk's root: the backup is flat.
+        const std::string name = behind(dir, entry.fullPath);
+        callback(name, copyFile(entry.fullPath, mBackupDir + "/" + name, name));
+    }
+}
+
+ErrorInfo OrvBackup::backup(const std::string& name, const std::string& dir) {
+    const std::string source = dir + "/" + name;
+    if (!File::access(source, AccessMode_Exists)) return {};
+    const std::string target = mBackupDir + "/" + name;
+    if (!leadsUp(name)) makeParentDirectory(target);
+    return copyFile(source, target, name);
+}
+
+ErrorInfo OrvBackup::restore(const std::string& dir, const FileCallback& callback) {
+    restoreLevel(mBackupDir, dir, callback);
+    return {};
+}
+
+void OrvBackup::restoreLevel(const std::string& level, const std::string& dir, const FileCallback& callback) {
+    Directory directory(level);
+    Dirent entry;
+    while (directory.read(entry)) {
+        if (entry.type != Dirent::Type_File) {
+            restoreLevel(entry.fullPath, dir, callback);
+            continue;
+        }
+        const std::string name = behind(mBackupDir, entry.fullPath);
+        callback(name, copyFile(entry.fullPath, dir + "/" + name, name));
+    }
+}
+
+ErrorInfo OrvBackup::restore(const std::string& name, const std::string& dir) {
+    const std::string target = dir + "/" + name;
+    if (!leadsUp(name)) makeParentDirectory(target);
+    return copyFile(mBackupDir + "/" + name, target, name);
+}
+
+ErrorInfo OrvBackup::clear() {
+    ORV_LOG(2, "OrvBackup", "removeDirectory() fileName:%s\r\n", mBackupDir);
+    if (!File::removeDirectory(mBackupDir)) return ErrorInfo::getLastError();
+    return {};
+}
+
+}  // namespace Tarnwick::OrvUpdate

@@ -1,0 +1,221 @@
+#include "HttpDownload.h"
+
+#include "EngineLog.h"
+#include "ParentDirectory.h"
+#include "VersionRequest.h"
+
+namespace Tarnwick::OrvUpdate {
+
+using Public::Base::File;
+using Public::Network::HTTPClient;
+using Public::Network::HTTPClientRequest;
+using Public::Network::HTTPClientResponse;
+using Public::Network::HTTPHeader;
+using Public::Network::Socket;
+
+namespace {
+constexpr uint32_t kRequestTimeoutMs = 60000;
+constexpr int kStatusOk = 200;
+}  // namespace
+
+HttpDownload::HttpDownload(std::shared_ptr<IOWorker> ioWorker, const std::shared_ptr<OrvVersion>& version)
+    : mVersion(version), mIOWorker(std::move(ioWorker)) {}
+
+HttpDownload::~HttpDownload() { stop(); }
+
+ErrorInfo HttpDownload::start(const Function<void()>& callback, void* key) {
+    {
+        Function<void()> replaced;  // its target goes after the lock is given back
+        std::lock_guard lock(mCallbackMutex);
+        replaced = mCallbacks[key];
+        mCallbacks[key] = callback;
+    }
+    return start();
+}
+
+ErrorInfo HttpDownload::start(const Function<void()>& callback) { return start(callback, nullptr); }
+
+ErrorInfo HttpDownload::start() {
+    {
+        std::lock_guard startLock(mStartMutex);
+        bool arrived = false;
+        const ErrorInfo result = begin(arrived);
+        if (result) {
+            setError(result);
+            ORV_LOG(2, "OrvDownload", "download http version fail! errcode:%d", static_cast<int>(result.errorCode()));
+            return result;
+        }
+        if (!arrived) return result;
+    }
+    // Outside of mStartMutex, since a waiter may take as long as a person takes to answer.
+    notifyFinish();
+    return {};
+}
+
+ErrorInfo HttpDownload::begin(bool& arrived) {
+    {
+        std::lock_guard lock(mStateMutex);
+        if (mFile) return {};
+        mFileName.clear();
+    }
+    const auto version = mVersion.lock();
+    if (!version) return {-1, ""};
+    setError({});
+    const std::string path = version->getPackageFile();
+    if (VersionRequest::isInvalidPakcage(path)) {
+        mProgress = 1.0F;
+        mFinished = true;
+        arrived = true;
+        return {};
+    }
+    return fetch(version, path);
+}
+
+ErrorInfo HttpDownload::fetch(const std::shared_ptr<OrvVersion>& version, const std::string& path) {
+    {
+        std::lock_guard lock(mStateMutex);
+        if (mHttpClient) return {};
+    }
+    mFinished = false;
+    makeParentDirectory(path);
+    auto file = std::make_shared<File>(std::string());
+    if (!file->open(path, Public::Base::OpenMode_Create)) return {-602, ""};
+
+    auto client = std::make_shared<HTTPClient>(mIOWorker, "OrvDownload");
+    {
+        std::lock_guard lock(mStateMutex);
+        mFile = file;
+        mFileName = path;
+        mHttpClient = client;
+    }
+    auto request = std::make_shared<HTTPClientRequest>("GET", Public::Base::URL(version->getUrl(), false),
+                                                       Public::Network::HTTPCacheType_Stream);
+    request->timeout() = kRequestTimeoutMs;
+    request->recvCallback() = HTTPClientRequest::RecvCallback(&HttpDownload::onRecvDataCallback, this);
+    const bool accepted =
+        client->request(request, HTTPClient::Completion(&HttpDownload::onHttpFinishCallback, this), "");
+    return accepted ? ErrorInfo() : ErrorInfo(-1, "");
+}
+
+void HttpDownload::onRecvDataCallback(const std::weak_ptr<Socket>&, const std::shared_ptr<HTTPHeader>& header,
+                                      const char* data, unsigned int length) {
+    std::shared_ptr<File> file;
+    {
+        std::lock_guard lock(mStateMutex);
+        file = mFile;
+    }
+    if (!file) return;
+    const uint64_t total = header->header("Content-Length", 0).toUint64("");
+    mTotal = total;
+    const uint64_t received = mReceived + length;
+    if (total == 0) {
+        mReceived = received;
+        return;
+    }
+    mReceived = std::min(received, total);
+    mProgress = static_cast<float>(static_cast<double>(mReceived) / static_cast<double>(total));
+    if (file->write(data, length) == length) return;
+
+    const ErrorInfo error = ErrorInfo::getLastError();
+    if (!error) return;
+    ORV_LOG(2, "OrvDownload", "download http version fail! errstr:%s", error.errorMessage());
+    setError(error);
+}
+
+void HttpDownload::onHttpFinishCallback(const std::shared_ptr<HTTPClient>&, const std::shared_ptr<HTTPClientRequest>&,
+                                        const std::shared_ptr<HTTPClientResponse>& response) {
+    // A waiter may let go of this object. Where its last owner has done so already, the destructor waits for this call.
+    const auto self = weak_from_this().lock();
+    if (!self) return;
+    std::shared_ptr<HTTPClient> client;
+    {
+        std::shared_ptr<File> file;
+        std::lock_guard lock(mStateMutex);
+        if (!mHttpClient) return;  // stop has taken the exchange away
+        file.swap(mFile);
+        client.swap(mHttpClient);
+    }
+    client.reset();
+
+    const int status = response->header()->statuscode;
+    if (status == kStatusOk && mTotal != 0 && mReceived == mTotal) {
+        mFinished = true;
+        notifyFinish();
+        return;
+    }
+    ORV_LOG(2, "OrvDownload", "download http version fail! statuscode:%d", status);
+    if (const auto version = mVersion.lock()) {
+        const std::string path = version->getPackageFile();
+        ORV_LOG(2, "OrvDownload", "onHttpFinishCallback() remove fileName:%s\r\n", path);
+        File::remove(path);
+    }
+    setError({-1, ""});
+    notifyFinish();
+}
+
+void HttpDownload::notifyFinish() {
+    std::map<void*, Function<void()>> callbacks;
+    {
+        std::lock_guard lock(mCallbackMutex);
+        callbacks = mCallbacks;
+    }
+    for (const auto& [key, callback] : callbacks) {
+        if (callback) callback();
+    }
+}
+
+ErrorInfo HttpDownload::stop() {
+    std::lock_guard startLock(mStartMutex);
+    endExchange();
+    return {};
+}
+
+void HttpDownload::endExchange() {
+    std::shared_ptr<HTTPClient> client;
+    std::lock_guard lock(mStateMutex);
+    client.swap(mHttpClient);
+}
+
+ErrorInfo HttpDownload::cancel() {
+    std::lock_guard startLock(mStartMutex);
+    endExchange();
+    std::shared_ptr<File> file;
+    std::string fileName;
+    {
+        std::lock_guard lock(mStateMutex);
+        file.swap(mFile);
+        fileName.swap(mFileName);
+    }
+    if (file) file->close();
+    if (!fileName.empty()) {
+        ORV_LOG(4, "OrvDownload", "HttpDownload cancel remove file %s\n", fileName);
+        File::remove(fileName);
+    }
+    return {};
+}
+
+ErrorInfo HttpDownload::getProgress(float& progress) {
+    progress = mProgress;
+    return {};
+}
+
+ErrorInfo HttpDownload::getFileName(std::string& fileName) {
+    const auto version = mVersion.lock();
+    if (!version) return {-1, ""};
+    fileName = version->getPackageFile();
+    return {};
+}
+
+ErrorInfo HttpDownload::getError() {
+    std::lock_guard lock(mStateMutex);
+    return mError;
+}
+
+bool HttpDownload::finish() { return mFinished; }
+
+void HttpDownload::setError(const ErrorInfo& error) {
+    std::lock_guard lock(mStateMutex);
+    mError = error;
+}
+
+}  // namespace Tarnwick::OrvUpdate

@@ -1,0 +1,36 @@
+// The signature of a program: a PKCS#7 message over the digest of the file.
+#pragma once
+
+#include <string>
+
+#include "OpenSslOwned.h"
+
+namespace Public::Base {
+
+/// A message taken apart. The borrowed pointers live as long as `message`.
+struct ProgramSignature {
+    ssl::SignedData message;
+    PKCS7_SIGNER_INFO* signer = nullptr;      ///< borrowed
+    STACK_OF(X509) * certificates = nullptr;  ///< borrowed; null when there are none
+    X509* certificate = nullptr;              ///< borrowed: the signer's; null when it is missing
+    const EVP_MD* digest = nullptr;           ///< SHA-1 or SHA-256
+    ssl::Bytes content;                       ///< borrowed: what the signature covers
+    std::string fileDigest;                   ///< what the content says of the file
+};
+
+/// Takes an entry of the certificate table apart: one message in DER, then nothing but zeros.
+/// @param signature is filled as far as the entry could be read   @return what is wrong, empty when nothing is
+std::string parseSignature(ssl::Bytes entry, ProgramSignature& signature);
+
+/// @return what is wrong with the signer's signature over the content, empty when it is good
+std::string findSignatureFlaw(const ProgramSignature& signature);
+
+/// @return null when it is not among them
+X509* findSignerCertificate(const PKCS7_SIGNER_INFO& signer, STACK_OF(X509) * certificates);
+
+/// Whether `signer` signed the bytes with the certificate's key. It must sign attributes that name these bytes' type
+/// and hold their digest.
+bool isSignedBy(PKCS7* message, PKCS7_SIGNER_INFO* signer, X509* certificate, ssl::Bytes bytes,
+                const char* contentType);
+
+}  // namespace Public::Base

@@ -1,0 +1,49 @@
+// What the demonstration shows, step by step.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "Narration.h"
+#include "Site.h"
+#include "UpdateCloud.h"
+
+/// One server upgrades itself from an update cloud; then three ways in which it must not, or not wholly.
+class Story {
+public:
+    explicit Story(bool keep);
+    /// @return how many things were not as expected
+    int tell();
+
+private:
+    struct Package {
+        UpdateCloud::Release release;
+        std::string layout;  ///< "tree" or "msi"
+        std::string file;
+    };
+    struct Report {
+        std::string result;  ///< "installed", "restored", "damaged"
+        std::string reason;  ///< to be put behind it; empty without an error
+    };
+    using Files = std::map<std::string, std::string>;
+
+    bool makePackages();
+    void installOldVersion();
+    void upgrade();
+    void refuseTampered();
+    void restoreFailed();
+    void cancelHalfWay();
+
+    /// Runs the host to its end. @return its exit status
+    int runHost(const std::string& runningVersion, bool cancel);
+    /// Waits for what the launched installer reports.
+    Report waitForReport() const;
+    void expectUnchanged(const Files& before);
+
+    Narration mNarration;
+    Site mSite;
+    UpdateCloud mCloud;
+    Package mOld{{"1.11.0.8", "2026-02-02 09:00:00", "first installation"}, "tree", ""};
+    Package mNew{{"1.12.0.3", "2026-05-11 10:30:00", "faster playback, new store"}, "tree", ""};
+    Package mNext{{"1.13.0.1", "2026-09-21 08:15:00", "packed as one file a component"}, "msi", ""};
+};

@@ -1,0 +1,91 @@
+#include "UpdateCloud.h"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "Public/Base/JsonValue.h"
+
+using Public::Base::JsonValue;
+using Public::Base::WriteStyle_Indented;
+
+UpdateCloud::UpdateCloud() : mServer(std::make_unique<httplib::Server>()) {
+    serve();
+    mPort = mServer->bind_to_any_port("127.0.0.1");
+    mThread = std::thread([this] { mServer->listen_after_bind(); });
+    while (!mServer->is_running()) std::this_thread::yield();  // it cannot be stopped before
+}
+
+UpdateCloud::~UpdateCloud() {
+    mServer->stop();
+    mThread.join();
+}
+
+std::string UpdateCloud::address() const { return "127.0.0.1:" + std::to_string(mPort); }
+
+void UpdateCloud::offer(const Release& release, const std::string& packageBytes, size_t bytesPerSecond) {
+    std::lock_guard lock(mMutex);
+    mOffered = release;
+    mPackage = std::make_shared<const std::string>(packageBytes);
+    mBytesPerSecond = bytesPerSecond;
+}
+
+void UpdateCloud::publish(const Release& release) {
+    std::lock_guard lock(mMutex);
+    mReleases.push_back(release);
+}
+
+std::vector<std::string> UpdateCloud::requests() const {
+    std::lock_guard lock(mMutex);
+    return mRequests;
+}
+
+std::string UpdateCloud::versionDocument() const {
+    JsonValue document;
+    document["softversion"] = mOffered.version;
+    document["description"] = mOffered.note;
+    document["url"] = "http://" + address() + "/packages/" + mOffered.version + ".exe";
+    return document.toStyledString(WriteStyle_Indented).toStdString();
+}
+
+std::string UpdateCloud::notesDocument() const {
+    JsonValue document;
+    JsonValue& list = document["data"]["orvVersionInfo"];
+    for (auto release = mReleases.rbegin(); release != mReleases.rend(); ++release) {
+        JsonValue record;
+        record["softversion"] = release->version;
+        record["updateTime"] = release->date;
+        record["versionInfo"] = release->note;
+        list.append(record);
+    }
+    return document.toStyledString(WriteStyle_Indented).toStdString();
+}
+
+void UpdateCloud::serve() {
+    mServer->set_logger([this](const httplib::Request& request, const httplib::Response& response) {
+        std::lock_guard lock(mMutex);
+        mRequests.push_back(request.method + " " + request.path + " " + std::to_string(response.status));
+    });
+    mServer->Get("/version", [this](const httplib::Request&, httplib::Response& response) {
+        std::lock_guard lock(mMutex);
+        response.set_content(versionDocument(), "application/json");
+    });
+    mServer->Get("/api/v1/orvNewVersions", [this](const httplib::Request&, httplib::Response& response) {
+        std::lock_guard lock(mMutex);
+        response.set_content(notesDocument(), "application/json");
+    });
+    mServer->Get("/packages/.*", [this](const httplib::Request&, httplib::Response& response) {
+        std::lock_guard lock(mMutex);
+        // A tenth of a second at a time, where the line is to be slow.
+        const auto package = mPackage;
+        const size_t piece = mBytesPerSecond == 0 ? package->size() : std::max<size_t>(1, mBytesPerSecond / 10);
+        const bool slow = mBytesPerSecond != 0;
+        response.set_content_provider(package->size(), "application/octet-stream",
+                                      [package, piece, slow](size_t offset, size_t length, httplib::DataSink& sink) {
+                                          sink.write(package->data() + offset, std::min(piece, length));
+                                          if (slow) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                                          return true;
+                                      });
+    });
+}

@@ -1,0 +1,242 @@
+#include "PackageSigner.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "OpenSslHandles.h"
+#include "Public/Base/Signature.h"
+
+namespace fs = std::filesystem;
+
+namespace support {
+namespace {
+
+std::string uniqueName() {
+    std::random_device random;
+    return std::to_string(random()) + "-" + std::to_string(random());
+}
+
+std::string load(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw std::runtime_error("cannot read " + path.string());
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+void save(const fs::path& path, const std::string& content) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(content.data(), static_cast<std::streamsize>(content.size()));
+    if (!out.flush()) throw std::runtime_error("cannot write " + path.string());
+}
+
+/// A directory of its own for one run of the signing tool.
+struct Workplace {
+    fs::path path = fs::temp_directory_path() / ("orv-sign-" + uniqueName());
+    Workplace() { fs::create_directories(path); }
+    ~Workplace() {
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
+    }
+    Workplace(const Workplace&) = delete;
+    Workplace& operator=(const Workplace&) = delete;
+};
+
+uint32_t number(const std::string& bytes, size_t at) {
+    if (at + 4 > bytes.size()) throw std::runtime_error("not a program file");
+    uint32_t value = 0;
+    for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<unsigned char>(bytes[at + static_cast<size_t>(i)]);
+    return value;
+}
+
+std::string numberBytes(uint32_t value) {
+    std::string bytes;
+    for (int i = 0; i < 4; ++i) bytes += static_cast<char>(value >> (8 * i));
+    return bytes;
+}
+
+/// Where the head holds the place and the length of the certificate table.
+size_t tableEntry(const std::string& program) {
+    const size_t optional = number(program, 60) + 24u;
+    return optional + ((number(program, optional) & 0xffff) == 0x20b ? 144 : 128);
+}
+
+ssl::SignedData readMessage(const std::string& der) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
+    ssl::SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(der.size())));
+    ssl::require(message && PKCS7_get_signer_info(message.get()), "read a signature");
+    return message;
+}
+
+std::string stamped(const std::string& signature, const TimeStamp& stamp) {
+    const auto message = readMessage(signature);
+    const auto* digest = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(message.get()), 0)->enc_digest;
+    const std::string bytes(reinterpret_cast<const char*>(ASN1_STRING_get0_data(digest)),
+                            static_cast<size_t>(ASN1_STRING_length(digest)));
+    if (stamp.form == TimeStamp::Rfc3161)
+        return addAttribute(signature, "1.3.6.1.4.1.311.3.3.1", makeTimeStampToken(stamp.authority, bytes, stamp.when));
+    // The older form leaves its authority's certificate to the signature.
+    const auto certificate = ssl::readCertificate(stamp.authority.certificate);
+    ssl::require(PKCS7_add_certificate(message.get(), certificate.get()) == 1, "add a certificate");
+    return addAttribute(ssl::toDer(message.get(), i2d_PKCS7), "1.2.840.113549.1.9.6",
+                        makeCounterSignature(stamp.authority, bytes, stamp.when));
+}
+
+}  // namespace
+
+void signFile(const Credential& signer, const std::string& in, const std::string& out, const SignOptions& options) {
+    const Workplace work;
+    save(work.path / "certs.pem", signer.certificate);
+    save(work.path / "key.pem", signer.key);
+    auto quoted = [](const fs::path& path) { return "\"" + path.string() + "\""; };
+    const std::string command = "osslsigncode sign -certs " + quoted(work.path / "certs.pem") + " -key " +
+                                quoted(work.path / "key.pem") + " -h " + options.hash +
+                                (options.nested ? " -nest" : "") + " -in " + quoted(in) + " -out " +
+                                quoted(work.path / "out.exe") + " > " + quoted(work.path / "log") + " 2>&1";
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("osslsigncode: " + load(work.path / "log"));
+    if (options.stamp) {
+        auto signatures = readSignatures((work.path / "out.exe").string());
+        signatures.at(0) = stamped(signatures.at(0), *options.stamp);
+        writeSignatures((work.path / "out.exe").string(), signatures);
+    }
+    save(out, load(work.path / "out.exe"));
+}
+
+std::vector<std::string> readSignatures(const std::string& file) {
+    const std::string program = load(file);
+    const size_t entry = tableEntry(program);
+    size_t at = number(program, entry);
+    const size_t end = at + number(program, entry + 4);
+    std::vector<std::string> signatures;
+    while (at + 8 <= end) {
+        const size_t length = number(program, at);
+        signatures.push_back(program.substr(at + 8, length - 8));
+        at += (length + 7) / 8 * 8;
+    }
+    return signatures;
+}
+
+void writeSignatures(const std::string& file, const std::vector<std::string>& entries) {
+    std::string program = load(file);
+    const size_t entry = tableEntry(program);
+    if (number(program, entry)) program.resize(number(program, entry));
+    program.resize((program.size() + 7) / 8 * 8);
+    const auto begin = static_cast<uint32_t>(program.size());
+    for (const auto& signature : entries) {
+        const auto length = static_cast<uint32_t>((signature.size() + 8 + 7) / 8 * 8);
+        program += numberBytes(length) + std::string("\x00\x02\x02\x00", 4) + signature;
+        program.resize((program.size() + 7) / 8 * 8);
+    }
+    const auto size = static_cast<uint32_t>(program.size()) - begin;
+    program.replace(entry, 8, numberBytes(size ? begin : 0) + numberBytes(size));
+    save(file, program);
+}
+
+std::string addAttribute(const std::string& signature, const std::string& objectId, const std::string& value) {
+    const auto message = readMessage(signature);
+    const ssl::Owned<X509_ATTRIBUTE, &X509_ATTRIBUTE_free> attribute(X509_ATTRIBUTE_create_by_txt(
+        nullptr, objectId.c_str(), V_ASN1_SEQUENCE, reinterpret_cast<const unsigned char*>(value.data()),
+        static_cast<int>(value.size())));
+    PKCS7_SIGNER_INFO* signer = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(message.get()), 0);
+    ssl::require(attribute && X509at_add1_attr(&signer->unauth_attr, attribute.get()), "add an attribute");
+    return ssl::toDer(message.get(), i2d_PKCS7);
+}
+
+SigningKit::SigningKit(const std::string& directory)
+    : mDirectory(directory.empty() ? ORV_BUILD_DIR "/test-signing/kit-1" : directory) {
+    if (fs::exists(mDirectory)) return;
+    // A finished kit appears under its name at once: a process that loses the race uses the winner's.
+    const fs::path making = mDirectory + "." + uniqueName();
+    fs::create_directories(making);
+    auto keep = [&](const char* name, const Credential& credential) {
+        save(making / (std::string(name) + ".pem"), credential.certificate);
+        save(making / (std::string(name) + ".key"), credential.key);
+        return credential;
+    };
+    auto authority = [](const char* name, const Credential* issuer) {
+        return makeCertificate({.commonName = name,
+                                .notBefore = "20100101000000Z",
+                                .authority = true,
+                                .keyUsage = "critical,keyCertSign,cRLSign"},
+                               issuer);
+    };
+    const Credential root = keep("root", authority("Orv Test Root", nullptr));
+    const Credential foreign = keep("foreign", authority("Orv Other Root", nullptr));
+    const Credential intermediate = authority("Orv Test Intermediate", &root);
+
+    CertificateSpec spec{.commonName = commonName(Publisher),
+                         .organization = "Orv Test",
+                         .keyUsage = "critical,digitalSignature",
+                         .extendedKeyUsage = "codeSigning"};
+    const Credential publisher = keep("publisher", makeCertificate(spec, &root));
+    spec.key = publisher.key;
+    spec.commonName = commonName(Untrusted);
+    keep("untrusted", makeCertificate(spec, &foreign));
+    spec.commonName = commonName(ViaIntermediate);
+    Credential chained = makeCertificate(spec, &intermediate);
+    chained.certificate += intermediate.certificate;
+    keep("intermediate", chained);
+    spec.commonName = commonName(WrongUsage);
+    spec.extendedKeyUsage = "serverAuth";
+    keep("wrongusage", makeCertificate(spec, &root));
+    spec.commonName = commonName(Expired);
+    spec.extendedKeyUsage = "codeSigning";
+    spec.notBefore = "20150101000000Z";
+    spec.notAfter = "20151231235959Z";
+    keep("expired", makeCertificate(spec, &root));
+
+    spec.notBefore = "20100101000000Z";
+    spec.notAfter = "20491231000000Z";
+    spec.extendedKeyUsage = "critical,timeStamping";
+    spec.commonName = "Orv Test Time";
+    keep("time", makeCertificate(spec, &root));
+    spec.commonName = "Orv Other Time";
+    keep("foreigntime", makeCertificate(spec, &foreign));
+
+    std::error_code lost;
+    fs::rename(making, mDirectory, lost);
+    if (!lost) return;
+    fs::remove_all(making);
+    if (!fs::exists(mDirectory)) throw std::runtime_error("cannot make " + mDirectory + ": " + lost.message());
+}
+
+std::string SigningKit::rootPem() const { return mDirectory + "/root.pem"; }
+std::string SigningKit::foreignRootPem() const { return mDirectory + "/foreign.pem"; }
+
+Credential SigningKit::load(const std::string& name) const {
+    return {support::load(mDirectory + "/" + name + ".pem"), support::load(mDirectory + "/" + name + ".key")};
+}
+
+Credential SigningKit::credential(Signer signer) const {
+    static const char* const names[] = {"publisher", "intermediate", "expired", "wrongusage", "untrusted"};
+    return load(names[signer]);
+}
+
+Credential SigningKit::root() const { return load("root"); }
+Credential SigningKit::timeStamper() const { return load("time"); }
+Credential SigningKit::foreignTimeStamper() const { return load("foreigntime"); }
+
+std::string SigningKit::commonName(Signer signer) {
+    static const char* const names[] = {"Orv Test Publisher", "Orv Test Branch Publisher", "Orv Test Former Publisher",
+                                        "Orv Test Web Server", "Orv Other Publisher"};
+    return names[signer];
+}
+
+void SigningKit::sign(const std::string& in, const std::string& out, Signer signer, const SignOptions& options) const {
+    signFile(credential(signer), in, out, options);
+}
+
+TrustRoots::TrustRoots(const std::string& pemFile) {
+    Public::Base::Signature::setTrustedRoots(pemFile);
+    Public::Base::Signature::setTrustedPublishers({});
+}
+
+TrustRoots::~TrustRoots() {
+    Public::Base::Signature::setTrustedRoots({});
+    Public::Base::Signature::setTrustedPublishers({});
+}
+
+}  // namespace support

@@ -1,0 +1,28 @@
+#include "TempDir.h"
+
+#include <filesystem>
+#include <random>
+#include <stdexcept>
+
+namespace support {
+
+namespace fs = std::filesystem;
+
+TempDir::TempDir() {
+    std::random_device random;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const std::string name = "orv-" + std::to_string(random()) + "-" + std::to_string(random());
+        const fs::path path = fs::canonical(fs::temp_directory_path()) / name;
+        if (!fs::create_directory(path)) continue;
+        mPath = path.generic_string();
+        return;
+    }
+    throw std::runtime_error("no temporary directory to be had");
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    fs::remove_all(mPath, ignored);
+}
+
+}  // namespace support

@@ -1,0 +1,24 @@
+// A directory of a test's own.
+#pragma once
+
+#include <string>
+
+namespace support {
+
+/// Made under a name that nothing else uses, and removed with all that it holds.
+class TempDir {
+public:
+    /// Throws std::runtime_error when the system gives no directory.
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    /// Absolute, with "/", without one at its end.
+    const std::string& path() const { return mPath; }
+
+private:
+    std::string mPath;
+};
+
+}  // namespace support

@@ -1,0 +1,434 @@
+#include "OrvInstaller/DependencyCopy.h"
+
+#include "FileText.h"
+#include "PeBuilder.h"
+#include "TempDir.h"
+
+using namespace Tarnwick::OrvUpdate;
+using support::filesBelow;
+using support::readText;
+using support::writeText;
+using Names = std::set<std::string>;
+
+namespace {
+
+/// An application directory, and an empty directory that the copy goes to.
+class DependencyCopy : public testing::Test {
+protected:
+    DependencyCopy() { std::filesystem::create_directories(mTarget); }
+
+    std::string source(const std::string& name) const { return mSource + "/" + name; }
+    std::string target(const std::string& name) const { return mTarget + "/" + name; }
+
+    /// Puts a module into the application directory whose content tells its place.
+    void module(const std::string& name, const std::vector<std::string>& imports = {}) {
+        writeText(source(name), image(name, imports));
+    }
+    static std::string image(const std::string& name, const std::vector<std::string>& imports = {}) {
+        return support::buildPe({true, imports, {}, name}).bytes;
+    }
+
+    bool copy(const std::string& program = "app.exe") { return copyDependens(source(program), mSource, mTarget); }
+    Names copied() const { return filesBelow(mTarget); }
+
+    support::TempDir mDir;
+    const std::string mRoot = mDir.path();
+    const std::string mSource = mRoot + "/app";
+    const std::string mTarget = mRoot + "/installer";
+};
+
+}  // namespace
+
+TEST_F(DependencyCopy, CopiesAProgramWithoutImports) {
+    module("app.exe");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), Names{"app.exe"});
+    EXPECT_EQ(readText(target("app.exe")), image("app.exe"));
+}
+
+TEST_F(DependencyCopy, CopiesWhatTheProgramImports) {
+    module("app.exe", {"a.dll", "b.dll"});
+    module("a.dll");
+    module("b.dll");
+    module("unused.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
+    EXPECT_EQ(readText(target("b.dll")), image("b.dll"));
+}
+
+TEST_F(DependencyCopy, CopiesWhatLibrariesImport) {
+    module("app.exe", {"a.dll"});
+    module("a.dll", {"b.dll"});
+    module("b.dll", {"c.dll"});
+    module("c.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll", "c.dll"}));
+}
+
+TEST_F(DependencyCopy, LeavesOutLibrariesOfTheSystem) {
+    module("app.exe", {"KERNEL32.dll", "a.dll"});
+    module("a.dll", {"msvcrt.dll"});
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, FindsAnImportOfAnotherSpelling) {
+    module("app.exe", {"CORE.DLL"});
+    module("core.dll", {"Media.dll"});
+    module("MEDIA.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"CORE.DLL", "Media.dll", "app.exe"}));
+    EXPECT_EQ(readText(target("Media.dll")), image("MEDIA.dll", {}));
+}
+
+TEST_F(DependencyCopy, PrefersTheLowerCaseFileOfTwoSpellings) {
+    module("app.exe", {"Core.dll"});
+    module("CORE.dll");
+    module("core.dll");
+    module("coRe.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("Core.dll")), image("core.dll"));
+}
+
+TEST_F(DependencyCopy, CopiesALibraryOfASubDirectoryToTheTop) {
+    module("app.exe", {"codec.dll"});
+    module("plugins/deep/codec.dll", {"util.dll"});
+    module("plugins/util.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"app.exe", "codec.dll", "util.dll"}));
+    EXPECT_EQ(readText(target("codec.dll")), image("plugins/deep/codec.dll", {"util.dll"}));
+}
+
+TEST_F(DependencyCopy, PrefersTheApplicationDirectoryItself) {
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    module("0/a.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("a.dll")), image("a.dll"));
+}
+
+TEST_F(DependencyCopy, PrefersTheFirstSubDirectoryByName) {
+    module("app.exe", {"x.dll"});
+    module("b/x.dll");
+    module("a/x.dll");
+    module("c/x.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("x.dll")), image("a/x.dll"));
+}
+
+TEST_F(DependencyCopy, SearchesSubDirectoriesDepthFirst) {
+    module("app.exe", {"x.dll"});
+    module("a/deep/er/x.dll");
+    module("b/x.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("x.dll")), image("a/deep/er/x.dll"));
+}
+
+TEST_F(DependencyCopy, DoesNotFindAHiddenLibrary) {
+    module("app.exe", {".hidden.dll", "a.dll"});
+    module(".hidden.dll");
+    module("a.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, DoesNotLookIntoAHiddenDirectory) {
+    module("app.exe", {"a.dll"});
+    module(".secret/a.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), Names{"app.exe"});
+}
+
+TEST_F(DependencyCopy, FindsModulesOfAnyExtension) {
+    module("app.exe", {"native-program", "libengine.so.1"});
+    module("native-program");
+    writeText(source("libengine.so.1"),
+              "\x7F"
+              "ELF and no program of this format");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"app.exe", "libengine.so.1", "native-program"}));
+}
+
+TEST_F(DependencyCopy, CopiesALibraryThatIsNoProgramButDoesNotFollowIt) {
+    module("app.exe", {"broken.dll"});
+    support::PeFile broken = support::buildPe({true, {"a.dll"}, {}, ""});
+    broken.set16(0, 0x4D5A);
+    writeText(source("broken.dll"), broken.bytes);
+    module("a.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"app.exe", "broken.dll"}));
+}
+
+TEST_F(DependencyCopy, CopiesAnEmptyLibraryThatCannotBeMapped) {
+    module("app.exe", {"empty.dll"});
+    writeText(source("empty.dll"), "");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"app.exe", "empty.dll"}));
+}
+
+TEST_F(DependencyCopy, OverwritesFilesThatAreThere) {
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    writeText(target("a.dll"), std::string(100000, 'x'));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("a.dll")), image("a.dll"));
+}
+
+TEST_F(DependencyCopy, LeavesOtherFilesOfTheTarget) {
+    module("app.exe");
+    writeText(target("old.dll"), "old");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("old.dll")), "old");
+}
+
+TEST_F(DependencyCopy, DoesNotReportAFailedCopy) {
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    std::filesystem::create_directories(target("a.dll"));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), Names{"app.exe"});
+}
+
+TEST_F(DependencyCopy, SucceedsAndCopiesNothingWithoutATarget) {
+    module("app.exe");
+    EXPECT_TRUE(copyDependens(source("app.exe"), mSource, mRoot + "/nowhere"));
+    EXPECT_FALSE(std::filesystem::exists(mRoot + "/nowhere"));
+}
+
+TEST_F(DependencyCopy, KeepsThePermissionToExecute) {
+    module("app.exe");
+    std::filesystem::permissions(source("app.exe"), std::filesystem::perms(0755));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(std::filesystem::status(target("app.exe")).permissions() & std::filesystem::perms::owner_exec,
+              std::filesystem::perms::owner_exec);
+}
+
+TEST_F(DependencyCopy, TakesAProgramFromOutsideOfTheSourceDirectory) {
+    writeText(mRoot + "/elsewhere/app.exe", image("outer", {"a.dll", "b.dll"}));
+    module("a.dll");
+    writeText(mRoot + "/elsewhere/b.dll", image("b"));
+    EXPECT_TRUE(copyDependens(mRoot + "/elsewhere/app.exe", mSource, mTarget));
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, TheProgramItselfBeatsAModuleOfItsName) {
+    writeText(mRoot + "/elsewhere/app.exe", image("outer", {"APP.exe"}));
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    EXPECT_TRUE(copyDependens(mRoot + "/elsewhere/app.exe", mSource, mTarget));
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
+    EXPECT_EQ(readText(target("app.exe")), image("outer", {"APP.exe"}));
+}
+
+TEST_F(DependencyCopy, AModuleThatImportsItselfInLowerCaseIsNotFollowed) {
+    writeText(mRoot + "/elsewhere/app.exe", image("outer", {"app.exe"}));
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    EXPECT_TRUE(copyDependens(mRoot + "/elsewhere/app.exe", mSource, mTarget));
+    EXPECT_EQ(copied(), Names{"app.exe"});
+}
+
+TEST_F(DependencyCopy, TakesBackslashesInAllPaths) {
+    module("app.exe", {"codec.dll"});
+    module("plugins/codec.dll");
+    const auto back = [](std::string path) {
+        std::replace(path.begin(), path.end(), '/', '\\');
+        return path;
+    };
+    EXPECT_TRUE(copyDependens(back(source("app.exe")), back(mSource), back(mTarget)));
+    EXPECT_EQ(copied(), (Names{"app.exe", "codec.dll"}));
+}
+
+TEST_F(DependencyCopy, RefusesEmptyArguments) {
+    module("app.exe");
+    EXPECT_FALSE(copyDependens("", mSource, mTarget));
+    EXPECT_FALSE(copyDependens(source("app.exe"), "", mTarget));
+    EXPECT_FALSE(copyDependens(source("app.exe"), mSource, ""));
+    EXPECT_TRUE(copied().empty());
+}
+
+TEST_F(DependencyCopy, FailsForAnAbsentProgram) {
+    module("a.dll");
+    EXPECT_FALSE(copy("gone.exe"));
+    EXPECT_TRUE(copied().empty());
+}
+
+TEST_F(DependencyCopy, FailsForAProgramThatIsADirectory) {
+    module("app.exe/a.dll");
+    EXPECT_FALSE(copy());
+    EXPECT_TRUE(copied().empty());
+}
+
+TEST_F(DependencyCopy, FailsForAnEmptyProgram) {
+    writeText(source("app.exe"), "");
+    EXPECT_FALSE(copy());
+    EXPECT_TRUE(copied().empty());
+}
+
+TEST_F(DependencyCopy, FailsForAProgramThatDoesNotBeginAsOne) {
+    writeText(source("app.exe"), "#!/bin/sh\nexit 0\n");
+    EXPECT_FALSE(copy());
+    EXPECT_TRUE(copied().empty());
+}
+
+TEST_F(DependencyCopy, WorksWithoutASourceDirectory) {
+    writeText(mRoot + "/elsewhere/app.exe", image("app.exe", {"a.dll"}));
+    EXPECT_TRUE(copyDependens(mRoot + "/elsewhere/app.exe", mRoot + "/nowhere", mTarget));
+    EXPECT_EQ(copied(), Names{"app.exe"});
+}
+
+// Loops.
+
+TEST_F(DependencyCopy, EndsWithTwoLibrariesThatImportEachOther) {
+    module("app.exe", {"a.dll"});
+    module("a.dll", {"b.dll"});
+    module("b.dll", {"a.dll"});
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
+}
+
+TEST_F(DependencyCopy, EndsWithALibraryThatImportsItself) {
+    module("app.exe", {"a.dll", "b.dll"});
+    module("a.dll", {"a.dll"});
+    module("b.dll", {"B.DLL"});
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
+}
+
+TEST_F(DependencyCopy, EndsWithALibraryThatImportsTheProgram) {
+    module("app.exe", {"a.dll"});
+    module("a.dll", {"APP.EXE"});
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, EndsWithManyRoadsToTheSameLibraries) {
+    // Every level imports both modules of the next: a walk of all roads would take 2 to the 40th steps.
+    constexpr int kLevels = 40;
+    module("app.exe", {"a0.dll", "b0.dll"});
+    for (int i = 0; i < kLevels; ++i) {
+        const std::string next = std::to_string(i + 1) + ".dll";
+        module("a" + std::to_string(i) + ".dll", {"a" + next, "b" + next});
+        module("b" + std::to_string(i) + ".dll", {"a" + next, "b" + next});
+    }
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied().size(), 2U * kLevels + 1);
+}
+
+TEST_F(DependencyCopy, FollowsALongChain) {
+    constexpr int kLength = 600;
+    module("app.exe", {"m0.dll"});
+    for (int i = 0; i < kLength; ++i) module("m" + std::to_string(i) + ".dll", {"m" + std::to_string(i + 1) + ".dll"});
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied().size(), kLength + 1U);
+}
+
+TEST_F(DependencyCopy, EndsWithALoopOfLinkedDirectories) {
+    module("app.exe", {"a.dll", "b.dll"});
+    module("sub/a.dll");
+    module("z/b.dll");
+    std::filesystem::create_directory_symlink(mSource, source("sub/up"));
+    std::filesystem::create_directory_symlink(mSource, source("sub/up2"));
+    std::filesystem::create_directory_symlink(".", source("here"));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
+}
+
+TEST_F(DependencyCopy, DoesNotDescendWithoutEnd) {
+    module("app.exe", {"near.dll", "far.dll"});
+    std::string path;
+    for (int i = 0; i < 30; ++i) path += "d/";
+    module(path + "near.dll");
+    for (int i = 0; i < 90; ++i) path += "d/";
+    module(path + "far.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"app.exe", "near.dll"}));
+}
+
+// Order, and symbol files.
+
+TEST_F(DependencyCopy, ListsEachModuleBehindWhatItImportsAndTheProgramLast) {
+    module("app.exe", {"a.dll", "b.dll"});
+    module("a.dll", {"c.dll"});
+    module("b.dll", {"c.dll", "a.dll"});
+    module("c.dll");
+    std::list<Module> modules;
+    std::string program = source("app.exe");
+    std::replace(program.begin(), program.end(), '/', '\\');
+    ASSERT_TRUE(findDependencies(program, mSource, modules));
+    std::vector<std::string> names;
+    for (const Module& one : modules) names.push_back(one.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"c.dll", "a.dll", "b.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, CopiesNoSymbolFiles) {
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    writeText(source("app.pdb"), "symbols");
+    writeText(source("a.pdb"), "symbols");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, CopiesSymbolFilesWhenAskedTo) {
+    module("app.exe");
+    module("a.dll");
+    writeText(source("app.pdb"), "symbols");
+    copyModules({{source("a.dll"), "a.dll"}, {source("app.exe"), "app.exe"}}, mTarget, true);
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "app.pdb"}));
+}
+
+TEST_F(DependencyCopy, AModuleWithoutAPointHasNoSymbolFile) {
+    writeText(mRoot + "/app.pdb", "symbols of another");
+    writeText(mRoot + "/app.d/tool", "T");
+    copyModules({{mRoot + "\\app.d\\tool", "tool"}}, mTarget, true);
+    EXPECT_EQ(copied(), Names{"tool"});
+}
+
+// Names that lead elsewhere.
+
+TEST_F(DependencyCopy, ImportNamesDoNotLeadOutOfTheTarget) {
+    module("app.exe", {"..\\a.dll", "sub\\b.dll", "../c.dll", "C:\\d.dll", "..", ".", "sub/e.dll"});
+    for (const char* name : {"a.dll", "b.dll", "c.dll", "d.dll", "sub/e.dll"}) module(name);
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll", "d.dll"}));
+    EXPECT_EQ(filesBelow(mRoot).size(), 6U + 4U);  // the application directory and the target, nothing beside them
+}
+
+TEST_F(DependencyCopy, ImportNamesDoNotLeadOutOfTheSource) {
+    module("app.exe", {"..\\secret.dll", "../secret.dll", mRoot + "/secret.dll"});
+    writeText(mRoot + "/secret.dll", image("secret"));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), Names{"app.exe"});
+}
+
+// Modules of the other word size, and what they export.
+
+TEST_F(DependencyCopy, ReadsTheImportTableWhereA64BitModuleHasIt) {
+    const support::PeFile small = support::buildPe({false, {"a.dll"}, {}, ""});
+    writeText(source("app.exe"), small.bytes);
+    module("a.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), Names{"app.exe"});  // a 32-bit module keeps it elsewhere, so nothing is found
+}
+
+TEST_F(DependencyCopy, FindsTheImportsOfA32BitModuleThatNamesThemAtThe64BitPlace) {
+    support::PeFile small = support::buildPe({false, {"a.dll"}, {}, ""});
+    small.set32(small.ntHeader + 144, small.addressOf(small.importTable));
+    writeText(source("app.exe"), small.bytes);
+    module("a.dll");
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, WhatALibraryExportsPlaysNoPart) {
+    module("app.exe", {"none.dll", "some.dll", "small.dll", "lying.dll"});
+    module("none.dll");
+    writeText(source("some.dll"), support::buildPe({true, {}, {"run", "stop"}, ""}).bytes);
+    writeText(source("small.dll"), support::buildPe({false, {}, {"run"}, ""}).bytes);
+    support::PeFile lying = support::buildPe({false, {}, {"run"}, ""});
+    lying.set32(lying.exportDirectoryField(), 0xFFFFFFF0);
+    writeText(source("lying.dll"), lying.bytes);
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(copied(), (Names{"app.exe", "lying.dll", "none.dll", "small.dll", "some.dll"}));
+}
