@@ -90,7 +90,8 @@ private:
 };
 
 bool JsonText::read(const SharedBuffer& text, JsonValue& value) {
-    if (text.size() > kLongest) return false;
+    // The parser would take a zero byte for the end of the text.
+    if (text.size() > kLongest || std::memchr(text.buf(), 0, text.size()) != nullptr) return false;
     Reader reader(value);
     if (Json::sax_parse(text.buf(), text.buf() + text.size(), &reader)) return true;
     value = JsonValue();

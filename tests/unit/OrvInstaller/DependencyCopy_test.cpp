@@ -29,6 +29,16 @@ protected:
     }
 
     bool copy(const std::string& program = "app.exe") { return copyDependens(source(program), mSource, mTarget); }
+    /// Names of what is to be copied for app.exe, in order.
+    std::vector<std::string> listed() const {
+        std::string program = source("app.exe");
+        std::replace(program.begin(), program.end(), '/', '\\');
+        std::list<Module> modules;
+        EXPECT_TRUE(findDependencies(program, mSource, modules));
+        std::vector<std::string> names;
+        for (const Module& one : modules) names.push_back(one.name);
+        return names;
+    }
     Names copied() const { return filesBelow(mTarget); }
 
     support::TempDir mDir;
@@ -348,17 +358,19 @@ TEST_F(DependencyCopy, DoesNotDescendWithoutEnd) {
 // Order, and symbol files.
 
 TEST_F(DependencyCopy, ListsEachModuleBehindWhatItImportsAndTheProgramLast) {
-    module("app.exe", {"a.dll", "b.dll"});
-    module("a.dll", {"c.dll"});
+    module("app.exe", {"z.dll", "a.dll", "b.dll"});
+    module("z.dll", {"c.dll"});
     module("b.dll", {"c.dll", "a.dll"});
+    module("a.dll");
     module("c.dll");
-    std::list<Module> modules;
-    std::string program = source("app.exe");
-    std::replace(program.begin(), program.end(), '/', '\\');
-    ASSERT_TRUE(findDependencies(program, mSource, modules));
-    std::vector<std::string> names;
-    for (const Module& one : modules) names.push_back(one.name);
-    EXPECT_EQ(names, (std::vector<std::string>{"c.dll", "a.dll", "b.dll", "app.exe"}));
+    EXPECT_EQ(listed(), (std::vector<std::string>{"c.dll", "z.dll", "a.dll", "b.dll", "app.exe"}));
+}
+
+TEST_F(DependencyCopy, ListsNoModuleThatCannotBeOpened) {
+    module("app.exe", {"a.dll", "b.dll"});
+    std::filesystem::create_symlink("nowhere", source("a.dll"));
+    module("b.dll");
+    EXPECT_EQ(listed(), (std::vector<std::string>{"b.dll", "app.exe"}));
 }
 
 TEST_F(DependencyCopy, CopiesNoSymbolFiles) {

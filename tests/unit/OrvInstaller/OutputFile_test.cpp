@@ -32,6 +32,8 @@ TEST_F(OutputFile, LiesInsideUnderAPlainName) {
 
 TEST_F(OutputFile, LiesInsideADirectoryThatIsNotThereYet) {
     EXPECT_TRUE(liesInside(mRoot + "/new\\install", "sub\\a.txt"));
+    EXPECT_TRUE(liesInside(mRoot + "/new/", "sub\\a.txt"));
+    EXPECT_TRUE(liesInside(mRoot + "/new\\", "a.txt"));
     EXPECT_TRUE(liesInside("relative-and-not-there", "sub\\a.txt"));
 }
 

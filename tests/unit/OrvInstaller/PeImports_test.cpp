@@ -83,6 +83,16 @@ TEST(PeImports, PassesOverANameThatNoSectionHolds) {
     EXPECT_EQ(std::count(names.begin(), names.end(), "a.dll"), 0);
 }
 
+TEST(PeImports, PassesOverANameInFrontOfItsSection) {
+    support::PeFile file = sample();
+    const std::string name = "front.dll";
+    file.bytes.replace(file.sectionData - 0x20, name.size(), name);  // behind the headers, in no section
+    file.set32(file.importTable + 12, support::PeFile::kSectionAddress - 0x20);
+    const Names names = importsOf(file.bytes);
+    EXPECT_EQ(names.back(), "b.dll");
+    EXPECT_EQ(std::count(names.begin(), names.end(), name), 0);
+}
+
 TEST(PeImports, PassesOverANameThatDoesNotEnd) {
     support::PeFile file = sample();
     const size_t last = file.bytes.size();

@@ -114,7 +114,12 @@ TEST_F(OrvInstallerTest, AShortWriteIsRecorded) {
 
 namespace {
 
-class OrvInstallerOutside : public OrvInstallerTest, public testing::WithParamInterface<std::string> {};
+struct OutsideCase {
+    const char* title;
+    std::string name;
+};
+void PrintTo(const OutsideCase& one, std::ostream* out) { *out << one.title; }
+class OrvInstallerOutside : public OrvInstallerTest, public testing::WithParamInterface<OutsideCase> {};
 
 }  // namespace
 
@@ -126,7 +131,7 @@ TEST_P(OrvInstallerOutside, FailsTheItemAndWritesNothing) {
     // The thread sets the directory; by hand an item is opened afterwards.
     installer->start(mInstall, true, {});
     waitFor(installer);
-    EXPECT_FALSE(sink.open(GetParam(), false));
+    EXPECT_FALSE(sink.open(GetParam().name, false));
     EXPECT_EQ(installer->getError().errorCode(), -602);
     EXPECT_FALSE(sink.write("evil", 4));
     Names after = filesBelow(mRoot);
@@ -135,10 +140,15 @@ TEST_P(OrvInstallerOutside, FailsTheItemAndWritesNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, OrvInstallerOutside,
-                         testing::Values("..\\evil.exe", "Orv Client\\..\\..\\evil.exe", "../evil.exe", "\\evil.exe",
-                                         "/evil.exe", "C:\\evil.exe", "Orv Client\\nul", "com1.txt", ".. \\evil.exe",
-                                         ""),
-                         [](const auto& one) { return "Name" + std::to_string(one.index); });
+                         testing::Values(OutsideCase{"Climbs", "..\\evil.exe"},
+                                         OutsideCase{"ClimbsWithForwardSeparator", "../evil.exe"},
+                                         OutsideCase{"ClimbsInside", "Orv Client\\..\\..\\evil.exe"},
+                                         OutsideCase{"ClimbsWithBlank", ".. \\evil.exe"},
+                                         OutsideCase{"LeadingBackslash", "\\evil.exe"},
+                                         OutsideCase{"LeadingSlash", "/evil.exe"}, OutsideCase{"Drive", "C:\\evil.exe"},
+                                         OutsideCase{"Device", "Orv Client\\nul"},
+                                         OutsideCase{"DeviceWithExtension", "com1.txt"}, OutsideCase{"Empty", ""}),
+                         [](const auto& one) { return one.param.title; });
 
 TEST_F(OrvInstallerTest, AComponentDirectoryAloneIsNoItem) {
     const auto installer = make(package(tree()), VersionType_Client);

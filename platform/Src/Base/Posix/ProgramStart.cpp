@@ -1,5 +1,6 @@
 // Starting programs that outlive this one.
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -48,6 +49,10 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
 /// In the grandchild: becomes the program, or tells why not. Only calls that are safe after fork.
 [[noreturn]] void become(char* const* direct, char* const* byShell, int report) {
     ::setsid();
+    // It shares nothing that is open here, as a program that the other system's shell starts.
+    const int nothing = ::open("/dev/null", O_RDWR);
+    for (int standard = 0; standard <= 2 && nothing >= 0; ++standard) ::dup2(nothing, standard);
+    ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);

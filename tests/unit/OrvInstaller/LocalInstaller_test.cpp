@@ -1,0 +1,103 @@
+#include "AgentFixture.h"
+#include "Tarnwick/MQ/Bus.h"
+#include "VersionRequest.h"
+
+using namespace Tarnwick::OrvUpdate;
+
+namespace {
+
+/// A request that is not the engine's own class.
+class ForeignRequest : public IVersionRequest {
+public:
+    VersionType getVersionType() override { return VersionType_Client; }
+    ErrorInfo start(const Version&, const PackageCallback&, const CheckCallback&, const std::string&) override {
+        return {};
+    }
+    ErrorInfo stop() override { return {}; }
+    ErrorInfo setRequestVersion(const Version&) override { return {}; }
+    ErrorInfo install(const std::shared_ptr<IVersion>&, const std::string&, bool,
+                      const Function<void(const ErrorInfo&)>&, const Function<void()>&,
+                      const Function<void()>&) override {
+        return {};
+    }
+    ErrorInfo installCancel(const std::shared_ptr<IVersion>&) override { return {}; }
+    VersionSet getVersions() override { return {}; }
+    VersionSet queryVersions(SystemType, SystemBits, ProjectType, VersionType, VersionSource) override { return {}; }
+    std::shared_ptr<IVersion> queryVersion(const std::shared_ptr<IVersion>&) override { return nullptr; }
+    std::shared_ptr<IVersion> queryVersion(SystemType, SystemBits, ProjectType, VersionType, VersionSource,
+                                           const Version&) override {
+        return nullptr;
+    }
+    std::shared_ptr<IVersion> queryNewestVersion(SystemType, SystemBits, ProjectType, VersionType, VersionSource,
+                                                 const Version&) override {
+        return nullptr;
+    }
+    const Version& getCurVersion() override { return mVersion; }
+    ReleaseHistorySet getReleaseHistory() override { return {}; }
+    void requestReleaseHistoryFromHttp(const Function<void(const ErrorInfo&)>&, bool) override {}
+    void requestVersionFromHttp(const Function<void(const ErrorInfo&)>&, bool) override {}
+    void registerNewestVersionNotify(const Function<void()>&) override {}
+    void registerVersionRequestNotify(const Function<void()>&) override {}
+
+private:
+    Version mVersion;
+};
+
+/// A started client whose host answers as the fixture says.
+class LocalInstaller : public AgentFixture {
+protected:
+    LocalInstaller() {
+        Tarnwick::MQ::NodeOptions options;
+        options.id = "client";
+        mClient = TWMQClient::create(Tarnwick::MQ::Bus::embedded(), options);
+        mRequest = IVersionRequest::allocVersionRequest(nullptr, mClient, VersionType_VideoWall);
+        EXPECT_EQ(mRequest->start(Version("1.0"), consent(), ends(), mDir.path() + "/downloads").errorCode(), 0);
+    }
+    ~LocalInstaller() override { mRequest->stop(); }
+
+    std::shared_ptr<TWMQClient> mClient;
+    std::shared_ptr<IVersionRequest> mRequest;
+};
+
+}  // namespace
+
+TEST_F(LocalInstaller, LaunchesWithTheRequestsCallbacksAndRole) {
+    mFirst = "from the host";
+    const auto installer = IInstaller::createLocalInstaller(mRequest, mVersion, "C:\\Orv");
+    ASSERT_NE(installer, nullptr);
+    EXPECT_EQ(installer->getError().errorCode(), 0);
+    ASSERT_EQ(mPrograms.starts().size(), 1U);
+    EXPECT_EQ(mPrograms.starts()[0].program, installerDir("VideoWall") + "\\orvInstaller.exe");
+    EXPECT_NE(mPrograms.starts()[0].parameters.find("\"C:\\Orv\" \"4\" "), std::string::npos);
+    EXPECT_TRUE(mPrograms.starts()[0].parameters.ends_with("\"from the host\" \"\" \"1\""));
+}
+
+TEST_F(LocalInstaller, LetsTheHostEndAfterALaunch) {
+    IInstaller::createLocalInstaller(mRequest, mVersion, "C:\\Orv");
+    EXPECT_EQ(mExits, 1);
+}
+
+TEST_F(LocalInstaller, AHostThatDoesNotEndChangesNothing) {
+    mEnds = false;
+    const auto installer = IInstaller::createLocalInstaller(mRequest, mVersion, "C:\\Orv");
+    ASSERT_NE(installer, nullptr);
+    EXPECT_EQ(installer->getError().errorCode(), 0);
+}
+
+TEST_F(LocalInstaller, GivesTheInstallerAlsoAfterAFailureAndKeepsTheHostRunning) {
+    std::filesystem::remove(mPackage);
+    const auto installer = IInstaller::createLocalInstaller(mRequest, mVersion, "C:\\Orv");
+    ASSERT_NE(installer, nullptr);
+    EXPECT_EQ(installer->getError().errorCode(), -416);
+    EXPECT_EQ(mExits, 0);
+}
+
+TEST_F(LocalInstaller, GivesNothingForARequestOfAnotherClass) {
+    EXPECT_EQ(IInstaller::createLocalInstaller(std::make_shared<ForeignRequest>(), mVersion, "C:\\Orv"), nullptr);
+    EXPECT_TRUE(mPrograms.starts().empty());
+}
+
+TEST_F(LocalInstaller, GivesNothingWithoutARequestOrAVersion) {
+    EXPECT_EQ(IInstaller::createLocalInstaller(nullptr, mVersion, "C:\\Orv"), nullptr);
+    EXPECT_EQ(IInstaller::createLocalInstaller(mRequest, nullptr, "C:\\Orv"), nullptr);
+}

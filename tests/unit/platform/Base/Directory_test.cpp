@@ -1,0 +1,86 @@
+#include "Public/Base/Directory.h"
+
+#include "FileText.h"
+#include "Public/Base/ErrorInfo.h"
+#include "TempDir.h"
+
+using namespace Public::Base;
+using support::writeText;
+
+namespace {
+
+class DirectoryTest : public testing::Test {
+protected:
+    std::string at(const std::string& name) const { return mDir.path() + "/" + name; }
+    std::map<std::string, Dirent> entriesOf(const std::string& path) {
+        std::map<std::string, Dirent> entries;
+        Directory directory(path);
+        Dirent entry;
+        while (directory.read(entry)) entries[entry.name] = entry;
+        return entries;
+    }
+    support::TempDir mDir;
+};
+
+TEST_F(DirectoryTest, GivesFilesAndDirectoriesWithTheirParts) {
+    writeText(at("pkg.1.exe"), "");
+    writeText(at("sub/f"), "");
+    const auto entries = entriesOf(mDir.path());
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries.at("pkg.1.exe").type, Dirent::Type_File);
+    EXPECT_EQ(entries.at("pkg.1.exe").suffix, "exe");
+    EXPECT_EQ(entries.at("pkg.1.exe").fullPath, at("pkg.1.exe"));
+    EXPECT_EQ(entries.at("sub").type, Dirent::Type_Directory);
+    EXPECT_EQ(entries.at("sub").suffix, "");
+}
+
+TEST_F(DirectoryTest, SuffixKeepsItsCaseAndMayBeEmpty) {
+    writeText(at("a.EXE"), "");
+    writeText(at("b."), "");
+    writeText(at(".hidden"), "");
+    const auto entries = entriesOf(mDir.path());
+    EXPECT_EQ(entries.at("a.EXE").suffix, "EXE");
+    EXPECT_EQ(entries.at("b.").suffix, "");
+    EXPECT_EQ(entries.at(".hidden").suffix, "hidden");
+}
+
+TEST_F(DirectoryTest, LeavesOutTheTwoPoints) { EXPECT_TRUE(entriesOf(mDir.path()).empty()); }
+
+TEST_F(DirectoryTest, UnreadableOnesReadAsEmptyAndTellWhy) {
+    writeText(at("f"), "");
+    EXPECT_TRUE(entriesOf(at("f")).empty());
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOTDIR));
+    EXPECT_TRUE(entriesOf(at("none")).empty());
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
+    EXPECT_FALSE(Directory(at("none")).isOpen());
+    EXPECT_TRUE(entriesOf("").empty());
+}
+
+TEST_F(DirectoryTest, TakesBackslashesAndGivesSlashes) {
+    writeText(at("sub/f"), "");
+    EXPECT_EQ(entriesOf(mDir.path() + "\\sub").at("f").fullPath, at("sub/f"));
+}
+
+TEST_F(DirectoryTest, DoesNotDoubleATrailingSeparator) {
+    writeText(at("f"), "");
+    EXPECT_EQ(entriesOf(mDir.path() + "/").at("f").fullPath, at("f"));
+}
+
+TEST_F(DirectoryTest, LinkToADirectoryCountsAsAFileSoThatNoWalkGoesInCircles) {
+    std::filesystem::create_directory_symlink(mDir.path(), at("loop"));
+    EXPECT_EQ(entriesOf(mDir.path()).at("loop").type, Dirent::Type_File);
+}
+
+TEST_F(DirectoryTest, ReadingOnAfterTheEndStaysAtTheEnd) {
+    Directory directory(mDir.path());
+    Dirent entry;
+    EXPECT_FALSE(directory.read(entry));
+    EXPECT_FALSE(directory.read(entry));
+}
+
+TEST_F(DirectoryTest, GivesNonAsciiNames) {
+    writeText(at("\xE4\xB8\xAD"), "");
+    EXPECT_EQ(entriesOf(mDir.path()).count("\xE4\xB8\xAD"), 1U);
+}
+
+}  // namespace

@@ -1,0 +1,9 @@
+#include "Public/Base/URL.h"
+
+namespace {
+
+TEST(URL, KeepsItsTextAsGiven) {
+    EXPECT_EQ(Public::Base::URL("http://h/a b?c=%20", false).text(), "http://h/a b?c=%20");
+}
+
+}  // namespace
