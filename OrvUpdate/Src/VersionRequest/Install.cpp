@@ -55,7 +55,8 @@ void VersionRequest::onPackageArrived(const std::shared_ptr<RunningInstall>& ins
     const auto agent =
         std::make_shared<AgentInstaller>(mPackageCallback, mCheckCallback, install->version, mVersionType);
     mAgentInstaller = agent;
-    ORV_LOG(4, "VersionRequest", "VersionRequest: start AgentInstaller %s %d", install->installDir, install->flag);
+    ORV_LOG(4, "VersionRequest", "VersionRequest: start AgentInstaller %s %d", install->installDir,
+            static_cast<int>(install->flag));
     const ErrorInfo result = agent->start(install->installDir, install->flag, install->onInstalling);
     if (mInstallCancel) {
         ORV_LOG(4, "VersionRequest", "mAgentInstaller start is cancel by user");
