@@ -64,7 +64,7 @@ protected:
 /// What came back from a request on the queue.
 struct QueueAnswer {
     int code = 0;
-    std::string from;
+    std::string message;
     bool hasBody = false;
     std::string body;
 };
@@ -85,7 +85,7 @@ public:
                 Tarnwick::Protocol::TWProtoUpgradePkt packet;
                 QueueAnswer answer;
                 answer.code = message->errorInfo().errorCode();
-                answer.from = message->from();
+                answer.message = message->errorInfo().errorMessage();
                 answer.hasBody = message->parseBody(&packet, false);
                 answer.body = packet.body;
                 answers.add(answer);
