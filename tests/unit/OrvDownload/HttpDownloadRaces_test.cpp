@@ -176,7 +176,9 @@ TEST_F(HttpTransferRace, CancelAgainstTheEndLeavesNoFileAndAWayToStart) {
         const int before = waiter.calls();
         ASSERT_EQ(mTransfer->start(waiter.callback()).errorCode(), 0);
         EXPECT_TRUE(waiter.wait(before + 1));
-        EXPECT_TRUE(mTransfer->finish());
+        // The call may have been one of the run before, on its way while cancel ran.
+        EXPECT_TRUE(eventually([&] { return mTransfer->finish(); }));
+        EXPECT_EQ(content(), "body");
     }
 }
 
@@ -239,7 +241,7 @@ TEST_F(HttpTransferRace, AllOperationsAtOnceLeaveAUsableTransfer) {
     const Waiter last;
     EXPECT_EQ(mTransfer->start(last.callback(), &mKeys[9]).errorCode(), 0);
     EXPECT_TRUE(last.wait());
-    EXPECT_TRUE(mTransfer->finish());
+    EXPECT_TRUE(eventually([&] { return mTransfer->finish(); }));
     EXPECT_EQ(content(), text(50000));
 }
 
