@@ -1,5 +1,7 @@
 #include "Archive/NSISDecompile.h"
 
+#include <sys/stat.h>
+
 #include "PackageFixture.h"
 
 namespace {
@@ -212,6 +214,17 @@ INSTANTIATE_TEST_SUITE_P(Files, UnreadableFile,
                          [](const auto& test) { return test.param.name; });
 
 TEST_F(PackageReader, RefusesADirectory) { EXPECT_FALSE(mReader.open(mDirectory.path(), "")); }
+
+TEST_F(PackageReader, RefusesAnEmptyPathAndOneWithAZeroByte) {
+    EXPECT_FALSE(mReader.open("", ""));
+    EXPECT_FALSE(mReader.open(support::makePackage({}, path()) + std::string(1, '\0'), ""));
+    EXPECT_TRUE(mReader.open(path(), ""));
+}
+
+TEST_F(PackageReader, RefusesAPipeWithoutWaitingForAWriter) {
+    ASSERT_EQ(::mkfifo(path().c_str(), 0600), 0);
+    EXPECT_FALSE(mReader.open(path(), ""));
+}
 
 TEST_F(PackageReader, GivesNameAndCommentOfTheVersionResource) {
     ASSERT_TRUE(openPackage({.product = "Orv Suite", .comment = "升级包 for all roles"}));
