@@ -45,8 +45,8 @@ private:
 };
 
 /// One field as it was read. A record is read in two passes: the first finds out whether every field fits and writes
-/// nothing, so that a malformed record leaves its target as it was. Records take part by giving a field to their members
-/// through to() and append() only.
+/// nothing, so that a malformed record leaves its target as it was. Records take part by giving a field to their
+/// members through to() and append() only.
 struct ORV_PLATFORM_API TWField {
     enum class Kind : uint8_t { Varint, Fixed64, Bytes, Fixed32 };
 
@@ -98,8 +98,8 @@ struct ORV_PLATFORM_API TWPacket {
     /// The bytes as they travel in a body; null gives no bytes.
     static Public::Base::SharedBuffer serializeAsBytes(const TWPacket* record);
     static Public::Base::SharedBuffer serializeAsBytes(const TWPacket& record);
-    /// Reads such bytes into a record. @return false for another typeId, a wrong kind or length, or truncation; the record
-    /// is as it was then
+    /// Reads such bytes into a record. @return false for another typeId, a wrong kind or length, or truncation; the
+    /// record is as it was then
     static bool parseBytes(std::string_view bytes, TWPacket& record);
 };
 
