@@ -1,9 +1,12 @@
 // What is the same of files on every system.
 #include "Public/Base/File.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <mutex>
 
 #include "Base/ProgramDirectory.h"
+#include "Public/Base/ErrorInfo.h"
 
 namespace Public::Base {
 
@@ -41,18 +44,22 @@ bool File::puts(const std::string& text) { return write(text.data(), text.size()
 
 SharedBuffer File::load(const std::string& path) {
     constexpr size_t kPiece = 1 << 16;
+    constexpr uint64_t kLongest = 1 << 30;
     File file(path);
     if (!file.open(OpenMode_Read)) return {};
     std::string content;
-    content.reserve(getLength(path));
-    for (;;) {
+    bool sound = true;
+    // Its length says how much there is to come, but some of the system's own files tell none.
+    for (uint64_t length = getLength(path); sound && std::max<uint64_t>(length, content.size()) <= kLongest;) {
         const size_t held = content.size();
-        content.resize(held + kPiece);
-        const size_t got = file.read(content.data() + held, kPiece);
+        content.resize(held + std::max<size_t>(kPiece, length > held ? length - held + 1 : 0));
+        const size_t got = file.readUntil(content.data() + held, content.size() - held, sound);
+        const bool ended = got < content.size() - held;
         content.resize(held + got);
-        if (got < kPiece) break;
+        if (ended && sound) return SharedBuffer(std::move(content));
     }
-    return SharedBuffer(std::move(content));
+    if (sound) ErrorInfo::setLastSystemError(EFBIG);
+    return {};
 }
 
 bool File::save(const std::string& path, const SharedBuffer& content) {

@@ -71,15 +71,15 @@ private:
         }
         Open& parent = mOpen.back();
         if (parent.value.mKind == JsonValue::Kind::Array) {
-            parent.value.mElements.push_back(std::move(value));
+            parent.value.mElements.push_back(std::make_unique<JsonValue>(std::move(value)));
             return true;
         }
         auto& members = parent.value.mMembers;
         const auto [place, fresh] = parent.places.emplace(mKey, members.size());
         if (fresh) {
-            members.emplace_back(mKey, std::move(value));
+            members.emplace_back(mKey, std::make_unique<JsonValue>(std::move(value)));
         } else {
-            members[place->second].second = std::move(value);
+            *members[place->second].second = std::move(value);
         }
         return true;
     }
@@ -106,9 +106,7 @@ std::string JsonText::write(const JsonValue& value) {
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
-}
+std::string quoted(const std::string& text) { return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string scalarText(const Value& scalar) {
     if (scalar.isNull()) return "null";
@@ -136,7 +134,7 @@ void JsonText::write(const JsonValue& value, size_t depth, std::string& out) {
         if (i != 0) out += ',';
         out += inner;
         if (!array) out += quoted(value.mMembers[i].first) + ": ";
-        write(array ? value.mElements[i] : value.mMembers[i].second, depth + 1, out);
+        write(array ? *value.mElements[i] : *value.mMembers[i].second, depth + 1, out);
     }
     out += "\n" + std::string(depth, '\t');
     out += array ? ']' : '}';

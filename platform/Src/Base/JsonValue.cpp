@@ -17,6 +17,38 @@ JsonValue::JsonValue(double number) : mScalar(number) {}
 JsonValue::JsonValue(const Value& scalar) : mScalar(scalar) {}
 JsonValue::~JsonValue() = default;
 
+JsonValue::JsonValue(const JsonValue& other) : mKind(other.mKind), mScalar(other.mScalar) {
+    mMembers.reserve(other.mMembers.size());
+    for (const auto& [name, value] : other.mMembers) mMembers.emplace_back(name, std::make_unique<JsonValue>(*value));
+    mElements.reserve(other.mElements.size());
+    for (const auto& element : other.mElements) mElements.push_back(std::make_unique<JsonValue>(*element));
+}
+
+JsonValue& JsonValue::operator=(const JsonValue& other) {
+    JsonValue copy(other);  // what is held now goes last, since the other may be a part of it
+    swap(copy);
+    return *this;
+}
+
+JsonValue& JsonValue::operator=(JsonValue&& other) noexcept {
+    JsonValue taken(std::move(other));
+    swap(taken);
+    return *this;
+}
+
+void JsonValue::swap(JsonValue& other) noexcept {
+    std::swap(mKind, other.mKind);
+    std::swap(mScalar, other.mScalar);
+    mMembers.swap(other.mMembers);
+    mElements.swap(other.mElements);
+}
+
+void JsonValue::become(Kind kind) {
+    if (mKind == kind) return;
+    *this = JsonValue();
+    mKind = kind;
+}
+
 ErrorInfo JsonValue::read(const SharedBuffer& text) {
     *this = JsonValue();
     return JsonText::read(text, *this) ? ErrorInfo() : ErrorInfo(ErrorCode_BadDocument, "");
@@ -47,21 +79,18 @@ std::vector<std::string> JsonValue::keys() const {
 }
 
 JsonValue& JsonValue::operator[](const char* key) {
-    if (mKind != Kind::Object) {
-        *this = JsonValue();
-        mKind = Kind::Object;
-    }
+    become(Kind::Object);
     const std::string name = key != nullptr ? key : "";
     for (auto& [present, value] : mMembers) {
-        if (present == name) return value;
+        if (present == name) return *value;
     }
-    return mMembers.emplace_back(name, JsonValue()).second;
+    return *mMembers.emplace_back(name, std::make_unique<JsonValue>()).second;
 }
 
 JsonValue JsonValue::operator[](const char* key) const {
     if (key == nullptr) return {};
     for (const auto& [name, value] : mMembers) {
-        if (name == key) return value;
+        if (name == key) return *value;
     }
     return {};
 }
@@ -73,22 +102,18 @@ JsonValue& JsonValue::operator[](size_t index) {
         scratch = JsonValue();
         return scratch;
     }
-    if (mKind != Kind::Array) {
-        *this = JsonValue();
-        mKind = Kind::Array;
-    }
-    if (index >= mElements.size()) mElements.resize(index + 1);
-    return mElements[index];
+    become(Kind::Array);
+    while (mElements.size() <= index) mElements.push_back(std::make_unique<JsonValue>());
+    return *mElements[index];
 }
 
-JsonValue JsonValue::operator[](size_t index) const { return index < mElements.size() ? mElements[index] : JsonValue(); }
+JsonValue JsonValue::operator[](size_t index) const {
+    return index < mElements.size() ? *mElements[index] : JsonValue();
+}
 
 void JsonValue::append(const JsonValue& element) {
-    JsonValue copy = element;  // the element may be part of this value
-    if (mKind != Kind::Array) {
-        *this = JsonValue();
-        mKind = Kind::Array;
-    }
+    auto copy = std::make_unique<JsonValue>(element);  // the element may be part of this value
+    become(Kind::Array);
     mElements.push_back(std::move(copy));
 }
 

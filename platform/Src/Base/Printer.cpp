@@ -4,14 +4,15 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
-#include <exception>
+#include <memory>
 
 namespace Public::Base {
 
 namespace {
 
+/// Never destroyed, since threads may log while the program's statics go.
 Function<void(const LogEntry&)>& sink() {
-    static Function<void(const LogEntry&)> sink;
+    static auto& sink = *new Function<void(const LogEntry&)>;
     return sink;
 }
 
@@ -32,17 +33,30 @@ std::string fill(const char* format, const std::vector<Value>& values) {
     return text;
 }
 
+/// Without the line ends behind it; those within become visible, so that no text from outside can pass for an entry.
+std::string onOneLine(const std::string& text) {
+    std::string line;
+    for (const char c : text.substr(0, text.find_last_not_of("\r\n") + 1)) {
+        if (c == '\n') {
+            line += "\\n";
+        } else if (c == '\r') {
+            line += "\\r";
+        } else {
+            line += c;
+        }
+    }
+    return line;
+}
+
 void writeToStderr(const LogEntry& entry) {
-    static const auto logger = [] {
+    static auto& logger = *new auto([] {
         auto made = std::make_shared<spdlog::logger>("orv", std::make_shared<spdlog::sinks::stderr_sink_mt>());
         made->set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
         made->set_level(spdlog::level::trace);
         return made;
-    }();
-    const size_t end = entry.text.find_last_not_of("\r\n");
-    const std::string text = end == std::string::npos ? "" : entry.text.substr(0, end + 1);
+    }());
     logger->info("{} {} {} {}:{} {}", static_cast<int>(entry.level), spdlog::details::os::thread_id(), entry.file,
-                 entry.function, entry.line, text);
+                 entry.function, entry.line, onOneLine(entry.text));
 }
 
 }  // namespace
@@ -58,7 +72,7 @@ void printer(LOG_Level level, const char* file, const char* function, int line, 
         } else {
             writeToStderr(entry);
         }
-    } catch (const std::exception&) {
+    } catch (...) {
         // A log that cannot be written must not end what it reports on.
     }
 }

@@ -5,6 +5,7 @@
 
 #include "Base/ThreadName.h"
 #include "Public/Base/Clock.h"
+#include "Public/Base/ErrorInfo.h"
 
 namespace Public::Base {
 
@@ -13,15 +14,20 @@ Thread::Thread(const std::string& name) : mName(name) {}
 Thread::~Thread() { destroyThread(); }
 
 bool Thread::createThread() {
-    destroyThread();
-    std::lock_guard lock(mMutex);
+    std::unique_lock lock(mMutex);
+    while (mThread.joinable()) {  // another caller may be quicker to start one
+        lock.unlock();
+        destroyThread();
+        lock.lock();
+    }
     try {
         mThread = std::thread([this] {
             nameThisThread(mName);
             threadProc();
         });
         return true;
-    } catch (const std::system_error&) {
+    } catch (const std::system_error& error) {
+        ErrorInfo::setLastSystemError(error.code().value());
         return false;
     }
 }

@@ -20,11 +20,13 @@ public:
     Function() = default;
     Function(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
 
-    /// From a free function or a lambda.
+    /// From a free function or a lambda; a null pointer or an empty std::function gives an empty one.
     template <class Callable, class = std::enable_if_t<!std::is_same_v<std::decay_t<Callable>, Function> &&
                                                        std::is_invocable_r_v<Result, Callable&, Args...>>>
-    Function(Callable callable)  // NOLINT(google-explicit-constructor)
-        : mTarget(std::make_shared<const std::function<Result(Args...)>>(std::move(callable))) {}
+    Function(Callable callable) {  // NOLINT(google-explicit-constructor)
+        std::function<Result(Args...)> target(std::move(callable));
+        if (target) mTarget = std::make_shared<const std::function<Result(Args...)>>(std::move(target));
+    }
 
     /// From a member function and its object; a shared pointer is kept, a plain one must outlive the callback.
     template <class Class, class Object>

@@ -26,7 +26,8 @@ enum WriteStyle : int {
 
 /// A null, a scalar, an array or an object (RFC 8259). Scalars convert freely through Value. Members and elements of a
 /// value of another kind read as null; writing one turns the value into an object or an array.
-/// Plain value with deep copies: one thread at a time.
+/// A reference to a member or an element stays good while others are added, until it is itself replaced or the value
+/// that holds it is. Plain value with deep copies: one thread at a time.
 class ORV_PLATFORM_API JsonValue {
 public:
     JsonValue(ValueType type = ValueType_Null);  // NOLINT(google-explicit-constructor)
@@ -36,10 +37,11 @@ public:
     JsonValue(bool flag);                        // NOLINT(google-explicit-constructor)
     JsonValue(double number);                    // NOLINT(google-explicit-constructor)
     JsonValue(const Value& scalar);              // NOLINT(google-explicit-constructor)
-    JsonValue(const JsonValue&) = default;
+    JsonValue(const JsonValue& other);
     JsonValue(JsonValue&&) noexcept = default;
-    JsonValue& operator=(const JsonValue&) = default;
-    JsonValue& operator=(JsonValue&&) noexcept = default;
+    /// Also from a part of this value, and into a part of the other.
+    JsonValue& operator=(const JsonValue& other);
+    JsonValue& operator=(JsonValue&& other) noexcept;
     ~JsonValue();
 
     /// Replaces this value by what the text holds. Fails with code -301, leaving a null value, on anything that is not
@@ -83,10 +85,15 @@ private:
     enum class Kind { Scalar, Array, Object };
     friend class JsonText;
 
+    /// Makes this value an empty one of that kind, unless it is of that kind already.
+    void become(Kind kind);
+    void swap(JsonValue& other) noexcept;
+
     Kind mKind = Kind::Scalar;
     Value mScalar;
-    std::vector<std::pair<std::string, JsonValue>> mMembers;  // of an object
-    std::vector<JsonValue> mElements;                         // of an array
+    // Each value has a place of its own, so that references outlive the growth of what holds them.
+    std::vector<std::pair<std::string, std::unique_ptr<JsonValue>>> mMembers;  // of an object
+    std::vector<std::unique_ptr<JsonValue>> mElements;                         // of an array
 };
 
 }  // namespace Public::Base

@@ -20,6 +20,7 @@ public:
     Thread& operator=(const Thread&) = delete;
 
     /// Starts the body; one that still runs is waited for first. @return false when the system gives no thread
+    /// (ErrorInfo::getLastError)
     bool createThread();
     /// Waits until the body has returned. Called from the body itself, it lets the thread end on its own.
     bool destroyThread();

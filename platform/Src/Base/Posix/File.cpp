@@ -2,7 +2,6 @@
 #include "Public/Base/File.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -27,10 +26,14 @@ constexpr mode_t kNewFile = 0666;
 int flagsOf(int mode) {
     switch (mode) {
         case OpenMode_ReadDefault:
-        case OpenMode_Read: return O_RDONLY;
-        case OpenMode_Create: return O_WRONLY | O_CREAT | O_TRUNC;
-        case OpenMode_CreateKeep: return O_RDWR | O_CREAT;
-        default: return -1;
+        case OpenMode_Read:
+            return O_RDONLY;
+        case OpenMode_Create:
+            return O_WRONLY | O_CREAT | O_TRUNC;
+        case OpenMode_CreateKeep:
+            return O_RDWR | O_CREAT;
+        default:
+            return -1;
     }
 }
 
@@ -49,16 +52,9 @@ bool File::open(const std::string& path, int mode) {
     const int flags = flagsOf(mode);
     if (flags < 0) return failWith(EINVAL);
     if (!toNativePath(mPath, native)) return false;
-    int fd = -1;
-    do {
-        fd = ::open(native.c_str(), flags | O_CLOEXEC, kNewFile);
-    } while (fd < 0 && errno == EINTR);
-    if (fd < 0) return failWithErrno();
-    auto handle = std::make_unique<Handle>(fd);
-    struct stat status {};
-    if (::fstat(fd, &status) != 0) return failWithErrno();
-    if (S_ISDIR(status.st_mode)) return failWith(EISDIR);
-    mHandle = std::move(handle);
+    const int fd = openNative(native, flags, kNewFile);
+    if (fd < 0) return false;
+    mHandle = std::make_unique<Handle>(fd);
     return true;
 }
 
@@ -71,11 +67,16 @@ size_t File::read(void* data, size_t length) {
         failWith(EBADF);
         return 0;
     }
+    bool sound = true;
+    return readUntil(data, length, sound);
+}
+
+size_t File::readUntil(void* data, size_t length, bool& sound) {
     size_t done = 0;
     while (done < length) {
         const ssize_t got = ::read(mHandle->fd, static_cast<char*>(data) + done, length - done);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) failWithErrno();
+        if (got < 0) sound = failWithErrno();
         if (got <= 0) break;
         done += static_cast<size_t>(got);
     }
@@ -91,8 +92,10 @@ size_t File::write(const void* data, size_t length) {
     while (done < length) {
         const ssize_t put = ::write(mHandle->fd, static_cast<const char*>(data) + done, length - done);
         if (put < 0 && errno == EINTR) continue;
-        if (put < 0) failWithErrno();
-        if (put <= 0) break;
+        if (put <= 0) {
+            put < 0 ? failWithErrno() : failWith(ENOSPC);
+            break;
+        }
         done += static_cast<size_t>(put);
     }
     return done;

@@ -56,19 +56,20 @@ bool copyContent(int from, int to) {
         if (copied > 0) continue;
         if (copied == 0 && !first) return true;
         if (copied < 0 && errno == EINTR) continue;
-        // The system cannot do it between these two, or a special file gives nothing at once; both read from where they are.
+        // The system cannot do it between these two, or a special file gives nothing at once; both read from where they
+        // are.
         const bool byBuffer = copied == 0 || errno == EXDEV || errno == EINVAL || errno == ENOSYS ||
                               errno == EOPNOTSUPP || errno == EBADF || errno == EPERM;
         return byBuffer ? copyByBuffer(from, to) : failWithErrno();
     }
 }
 
-/// Opens a target for writing from its start; one that is read-only is made anew.
+/// Opens a target for writing from its start; one that is read-only is made anew. @return -1, recording the failure
 int openTarget(const std::string& native, mode_t permissions) {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-    int fd = ::open(native.c_str(), kFlags, permissions | S_IWUSR);
-    if (fd < 0 && errno == EACCES && ::unlink(native.c_str()) == 0) fd = ::open(native.c_str(), kFlags, permissions | S_IWUSR);
-    return fd;
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
+    const int fd = openNative(native, kFlags, permissions | S_IWUSR);
+    const bool readOnly = fd < 0 && ::access(native.c_str(), F_OK) == 0 && ::access(native.c_str(), W_OK) != 0;
+    return readOnly && ::unlink(native.c_str()) == 0 ? openNative(native, kFlags, permissions | S_IWUSR) : fd;
 }
 
 /// Removes what a directory holds and then the directory. @param name entry of the open directory `parent`
@@ -133,22 +134,22 @@ bool File::copy(const std::string& from, const std::string& to) {
     std::string source;
     std::string target;
     if (!toNativePath(from, source) || !toNativePath(to, target)) return false;
-    const Descriptor input(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
-    if (input.get() < 0) return failWithErrno();
+    const Descriptor input(openNative(source, O_RDONLY));
+    if (input.get() < 0) return false;
     struct stat status {};
     if (::fstat(input.get(), &status) != 0) return failWithErrno();
-    if (S_ISDIR(status.st_mode)) return failWith(EISDIR);
     struct stat present {};
     if (::stat(target.c_str(), &present) == 0 && present.st_dev == status.st_dev && present.st_ino == status.st_ino) {
         return failWith(EEXIST);
     }
-    constexpr mode_t kPermissions = 07777;
-    Descriptor output(openTarget(target, status.st_mode & kPermissions));
-    if (output.get() < 0) return failWithErrno();
+    Descriptor output(openTarget(target, status.st_mode & 0777));
+    if (output.get() < 0) return false;
     if (!copyContent(input.get(), output.get())) return false;
+    if (::fstat(output.get(), &present) != 0) return failWithErrno();
+    // A program that runs with its owner's rights must not get those of whoever copies it.
+    const bool sameOwner = present.st_uid == status.st_uid && present.st_gid == status.st_gid;
     // A target that takes no permissions, such as a device, still has the bytes.
-    if (::fstat(output.get(), &present) == 0 && S_ISREG(present.st_mode) &&
-        ::fchmod(output.get(), status.st_mode & kPermissions) != 0) {
+    if (S_ISREG(present.st_mode) && ::fchmod(output.get(), status.st_mode & (sameOwner ? 07777 : 0777)) != 0) {
         return failWithErrno();
     }
     return output.close() || failWithErrno();
@@ -159,10 +160,9 @@ bool File::makeDirectory(const std::string& path) {
     if (!toNativePath(path, native)) return false;
     for (size_t at = native.find('/', 1);; at = native.find('/', at + 1)) {
         const std::string part = native.substr(0, at);
-        if (::mkdir(part.c_str(), 0777) != 0 && !isDirectory(part)) {
-            // Where an entry that is no directory is in the way, the system says that it exists.
-            return errno == EEXIST || errno == 0 ? failWith(ENOTDIR) : failWithErrno();
-        }
+        const int error = ::mkdir(part.c_str(), 0777) == 0 ? 0 : errno;
+        // Where an entry that is no directory is in the way, the system says that it exists.
+        if (error != 0 && !isDirectory(part)) return failWith(error == EEXIST ? ENOTDIR : error);
         if (at == std::string::npos) return true;
     }
 }
@@ -172,6 +172,8 @@ bool File::removeDirectory(const std::string& path) {
     if (!toNativePath(path, native)) return false;
     native = withoutTrailingSeparators(native);
     if (native == "/") return failWith(EBUSY);
+    const std::string last = native.substr(native.rfind('/') + 1);
+    if (last == "." || last == "..") return failWith(EINVAL);  // it would be emptied and yet stay
     struct stat status {};
     if (::lstat(native.c_str(), &status) != 0) return failWithErrno();
     if (!S_ISDIR(status.st_mode) && !S_ISLNK(status.st_mode)) return failWith(ENOTDIR);

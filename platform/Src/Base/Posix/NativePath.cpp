@@ -1,6 +1,8 @@
 #include "Base/Posix/NativePath.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,6 +25,26 @@ bool toNativePath(const std::string& path, std::string& native) {
     native = path;
     std::replace(native.begin(), native.end(), '\\', '/');
     return true;
+}
+
+int openNative(const std::string& native, int flags, unsigned permissions) {
+    int fd = -1;
+    do {
+        fd = ::open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, permissions);
+    } while (fd < 0 && errno == EINTR);
+    struct stat status {};
+    if (fd < 0 || ::fstat(fd, &status) != 0) {
+        failWithErrno();
+    } else if (S_ISDIR(status.st_mode)) {
+        failWith(EISDIR);
+    } else if (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) {
+        failWith(ENXIO);
+    } else {
+        ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+        return fd;
+    }
+    if (fd >= 0) ::close(fd);
+    return -1;
 }
 
 std::string findRegardlessOfCase(const std::string& native) {
