@@ -3,6 +3,8 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+
 #include "Base/Posix/NativePath.h"
 
 namespace Public::Base {
@@ -40,7 +42,10 @@ bool Directory::isOpen() const { return mHandle->stream != nullptr; }
 
 bool Directory::read(Dirent& entry) {
     if (mHandle->stream == nullptr) return false;
-    while (const dirent* raw = ::readdir(mHandle->stream)) {
+    for (;;) {
+        errno = 0;
+        const dirent* raw = ::readdir(mHandle->stream);
+        if (raw == nullptr) return errno != 0 && failWithErrno();
         const std::string name = raw->d_name;
         if (name == "." || name == "..") continue;
         entry.name = name;
@@ -50,7 +55,6 @@ bool Directory::read(Dirent& entry) {
         entry.type = typeOf(entry.fullPath, raw->d_type);
         return true;
     }
-    return false;
 }
 
 }  // namespace Public::Base

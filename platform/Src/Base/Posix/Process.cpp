@@ -5,8 +5,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
+#include <cstdint>
 
 #include "Public/Base/Clock.h"
 #include "Public/Base/Thread.h"
@@ -37,10 +40,12 @@ bool Process::waitForExit(unsigned int processId, unsigned int timeoutMs) {
     const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0));
     if (handle < 0) return errno == ESRCH || waitByLooking(processId, timeoutMs);
     pollfd ended{handle, POLLIN, 0};
-    const int timeout = timeoutMs > INT_MAX ? INT_MAX : static_cast<int>(timeoutMs);
+    using namespace std::chrono;
+    const auto deadline = steady_clock::now() + milliseconds(timeoutMs);
     int found = 0;
-    do {
-        found = ::poll(&ended, 1, timeout);
+    do {  // a signal must not begin the wait anew
+        const auto left = ceil<milliseconds>(deadline - steady_clock::now()).count();
+        found = ::poll(&ended, 1, static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX)));
     } while (found < 0 && errno == EINTR);
     ::close(handle);
     return found > 0;

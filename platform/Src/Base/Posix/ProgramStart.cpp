@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Base/NativeSystem.h"
@@ -100,6 +101,17 @@ bool launch(std::vector<std::string> arguments) {
     return got <= 0 || failWith(error);
 }
 
+/// pkexec gives no file to a shell, as a start without it does.
+bool kernelExecutes(const std::string& program) {
+    char head[4] = {};
+    const int fd = openNative(program, O_RDONLY);
+    if (fd < 0) return true;  // one that may be run but not read
+    const ssize_t got = ::read(fd, head, sizeof head);
+    ::close(fd);
+    const std::string_view text(head, got > 0 ? static_cast<size_t>(got) : 0);
+    return text.starts_with("#!") || text == "\177ELF";
+}
+
 bool commandOf(const ProgramStart& start, std::vector<std::string>& command) {
     std::string program;
     if (!toNativePath(start.program, program) || start.parameters.find('\0') != std::string::npos) {
@@ -115,7 +127,12 @@ bool commandOf(const ProgramStart& start, std::vector<std::string>& command) {
 bool nativeStartElevated(const ProgramStart& start) {
     std::vector<std::string> command;
     if (!commandOf(start, command)) return false;
-    if (::geteuid() != 0) command.insert(command.begin(), "pkexec");
+    if (::geteuid() != 0) {
+        // pkexec would start well and fail only then, without anybody to tell.
+        if (::access(command.front().c_str(), X_OK) != 0) return failWithErrno();
+        if (!kernelExecutes(command.front())) command.insert(command.begin(), "/bin/sh");
+        command.insert(command.begin(), "pkexec");
+    }
     return launch(std::move(command));
 }
 

@@ -83,4 +83,13 @@ TEST_F(DirectoryTest, GivesNonAsciiNames) {
     EXPECT_EQ(entriesOf(mDir.path()).count("\xE4\xB8\xAD"), 1U);
 }
 
+TEST_F(DirectoryTest, LinkToAFileCountsAsAFile) {
+    std::filesystem::create_symlink("nowhere", mDir.path() + "/link");
+    Directory directory(mDir.path());
+    Dirent entry;
+    ASSERT_TRUE(directory.read(entry));
+    EXPECT_EQ(entry.name, "link");
+    EXPECT_EQ(entry.type, Dirent::Type_File);
+}
+
 }  // namespace

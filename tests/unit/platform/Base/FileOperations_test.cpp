@@ -1,4 +1,5 @@
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "FileText.h"
@@ -178,6 +179,53 @@ TEST_F(FileOperations, RemoveDirectoryBearsATrailingSeparator) {
     writeText(at("d/f"), "");
     EXPECT_TRUE(File::removeDirectory(at("d/")));
     EXPECT_FALSE(File::access(at("d"), AccessMode_Exists));
+}
+
+TEST_F(FileOperations, CopyByRootDropsTheRightsOfAnotherOwner) {
+    writeText(at("a"), "x");
+    const bool root = ::geteuid() == 0;
+    if (root) {
+        ASSERT_EQ(::chown(at("a").c_str(), 4321, 4321), 0);
+    }
+    ASSERT_EQ(::chmod(at("a").c_str(), 06755), 0);
+    ASSERT_TRUE(File::copy(at("a"), at("b")));
+    struct stat status {};
+    ASSERT_EQ(::stat(at("b").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, root ? 0755U : 06755U);
+}
+
+TEST_F(FileOperations, PipesAreRefusedAndHoldNobodyUp) {
+    ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
+    writeText(at("a"), "x");
+    EXPECT_FALSE(File::copy(at("pipe"), at("b")));
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENXIO));
+    EXPECT_FALSE(File::copy(at("a"), at("pipe")));
+    EXPECT_FALSE(File().open(at("pipe"), OpenMode_Read));
+    EXPECT_TRUE(File::load(at("pipe")).empty());
+}
+
+TEST_F(FileOperations, MakeDirectoryTellsThatItHasNoRightToIt) {
+    ASSERT_TRUE(File::makeDirectory(at("locked")));
+    ::chmod(mDir.path().c_str(), 0755);
+    ::chmod(at("locked").c_str(), 0555);
+    const pid_t child = ::fork();  // root would have the right
+    if (child == 0) {
+        if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(0);
+        const bool made = File::makeDirectory(at("locked/a/b"));
+        ::_exit(made ? 0 : -(ErrorInfo::getLastError().errorCode() + 10000));
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(WEXITSTATUS(status), EACCES);
+}
+
+TEST_F(FileOperations, RemoveDirectoryRefusesThePoints) {
+    writeText(at("d/a"), "x");
+    for (const char* path : {"d/.", "d/./", "d/../d/..", "d/.."}) {
+        EXPECT_FALSE(File::removeDirectory(at(path))) << path;
+        EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EINVAL)) << path;
+    }
+    EXPECT_EQ(readText(at("d/a")), "x");
 }
 
 }  // namespace

@@ -248,4 +248,19 @@ TEST_F(FileTest, SuccessDoesNotClearTheLastError) {
     EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
 }
 
+TEST_F(FileTest, LoadOfAFileThatCannotBeReadIsEmptyAndTellsWhy) {
+    EXPECT_TRUE(File::load("/proc/self/mem").empty());
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EIO));
+}
+
+TEST_F(FileTest, LoadRefusesWhatIsTooLong) {
+    const std::string path = mDir.path() + "/sparse";
+    ASSERT_TRUE(File::save(path, SharedBuffer("x")));
+    std::filesystem::resize_file(path, (uint64_t{1} << 30) + 1);
+    EXPECT_TRUE(File::load(path).empty());
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EFBIG));
+}
+
+TEST_F(FileTest, LoadReadsFilesThatTellNoLength) { EXPECT_FALSE(File::load("/proc/self/status").empty()); }
+
 }  // namespace

@@ -94,10 +94,17 @@ TEST(Function, MayBeReplacedWhileOthersCall) {
             }
         });
     }
-    for (int i = 0; i < 2000; ++i) function = i % 2 == 0 ? Function<int()>([] { return 2; }) : Function<int()>([] { return 1; });
+    for (int i = 0; i < 2000; ++i)
+        function = i % 2 == 0 ? Function<int()>([] { return 2; }) : Function<int()>([] { return 1; });
     stop = true;
     for (auto& caller : callers) caller.join();
     EXPECT_EQ(wrong, 0);
+}
+
+TEST(Function, NullPointerAndEmptyStdFunctionGiveAnEmptyOne) {
+    void (*nothing)(int) = nullptr;
+    EXPECT_FALSE(static_cast<bool>(Public::Base::Function<void(int)>(nothing)));
+    EXPECT_FALSE(static_cast<bool>(Public::Base::Function<void(int)>(std::function<void(int)>())));
 }
 
 }  // namespace

@@ -39,7 +39,8 @@ TEST(JsonValue, WritesIndentedByOneTabWithKeysInTheOrderWritten) {
     value["a"]["b"] = true;
     value["list"].append("x");
     value["list"].append(2.5);
-    EXPECT_EQ(write(value), "{\n\t\"z\": 1,\n\t\"a\": {\n\t\t\"b\": true\n\t},\n\t\"list\": [\n\t\t\"x\",\n\t\t2.5\n\t]\n}");
+    EXPECT_EQ(write(value),
+              "{\n\t\"z\": 1,\n\t\"a\": {\n\t\t\"b\": true\n\t},\n\t\"list\": [\n\t\t\"x\",\n\t\t2.5\n\t]\n}");
 }
 
 TEST(JsonValue, WritesEmptyContainersOnOneLine) {
@@ -52,13 +53,17 @@ TEST(JsonValue, EscapesWhatJsonMustEscape) {
 }
 
 TEST(JsonValue, WritesReplacementCharactersForTextThatIsNoUtf8) {
-    EXPECT_EQ(write(JsonValue(std::string("a\xFF" "b"))), "\"a\xEF\xBF\xBD" "b\"");
+    EXPECT_EQ(write(JsonValue(std::string("a\xFF"
+                                          "b"))),
+              "\"a\xEF\xBF\xBD"
+              "b\"");
 }
 
 TEST(JsonValue, KeepsUtf8AsItIs) { EXPECT_EQ(write(JsonValue("\xE4\xB8\xAD")), "\"\xE4\xB8\xAD\""); }
 
 TEST(JsonValue, ReadsEveryKind) {
-    const JsonValue value = parse(R"({"s":"t","i":-5,"u":18446744073709551615,"r":1.5,"b":true,"n":null,"o":{"x":1},"l":[1,2]})");
+    const JsonValue value =
+        parse(R"({"s":"t","i":-5,"u":18446744073709551615,"r":1.5,"b":true,"n":null,"o":{"x":1},"l":[1,2]})");
     EXPECT_EQ(value["s"]->toString(), "t");
     EXPECT_EQ(value["i"]->toInt(), -5);
     EXPECT_EQ(value["u"]->toUint64(), 18446744073709551615ULL);
@@ -190,6 +195,45 @@ TEST(JsonValue, ManyMembersAreReadQuickly) {
     std::string text = "{";
     for (int i = 0; i < 50000; ++i) text += (i != 0 ? ",\"k" : "\"k") + std::to_string(i) + "\":1";
     EXPECT_EQ(parse(text + "}").size(), 50000U);
+}
+
+TEST(JsonValue, MayBecomeAPartOfItself) {
+    JsonValue value;
+    value["a"]["b"]["c"] = "deep";
+    value = value["a"]["b"];
+    EXPECT_EQ(value["c"]->toString(), "deep");
+    value = std::move(value["c"]);
+    EXPECT_EQ(value->toString(), "deep");
+}
+
+TEST(JsonValue, MayHoldACopyOfItself) {
+    JsonValue value;
+    value["a"] = 1;
+    value["b"] = value;
+    EXPECT_EQ(value["b"]["a"]->toInt(), 1);
+    EXPECT_EQ(value["b"].size(), 2U);
+    EXPECT_TRUE(value["b"]["b"].isNull());
+}
+
+TEST(JsonValue, MemberCopiesToOneThatIsMadeInTheSameStatement) {
+    JsonValue value;
+    value["first"] = "a text that is too long to lie within its string";
+    for (const char* name : {"b", "c", "d", "e", "f"}) value[name] = value["first"];
+    EXPECT_EQ(value["f"]->toString(), "a text that is too long to lie within its string");
+}
+
+TEST(JsonValue, ReferencesStayGoodWhileOthersAreAdded) {
+    JsonValue value;
+    JsonValue& member = value["member"];
+    JsonValue& element = value["list"][size_t{0}];
+    for (int i = 1; i < 100; ++i) {
+        value[std::to_string(i).c_str()] = i;
+        value["list"].append(i);
+    }
+    member = "m";
+    element = "e";
+    EXPECT_EQ(value["member"]->toString(), "m");
+    EXPECT_EQ(value["list"][0]->toString(), "e");
 }
 
 }  // namespace

@@ -22,17 +22,19 @@ TEST_P(PrinterFormat, FillsInItsValues) {
     EXPECT_EQ(log.entries()[0].text, GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Printer, PrinterFormat,
-    testing::Values(FormatCase{"Plain", "fail!\r\n", {}, "fail!\r\n"},
-                    FormatCase{"TextAndNumber", "%s has %d", {"x", 5}, "x has 5"},
-                    FormatCase{"NumberAsText", "%s", {5}, "5"}, FormatCase{"TextAsNumber", "%d", {"abc"}, "abc"},
-                    FormatCase{"MissingValueStays", "%s %s", {"one"}, "one %s"},
-                    FormatCase{"SpareValueIsDropped", "%s", {"one", "two"}, "one"},
-                    FormatCase{"DoublePercent", "100%% of %d", {3}, "100% of 3"},
-                    FormatCase{"OtherLetterStays", "%x %f", {1}, "%x %f"}, FormatCase{"PercentAtTheEnd", "50%", {1}, "50%"},
-                    FormatCase{"ValuesAreNoFormats", "%s %s", {"%s", "b"}, "%s b"}, FormatCase{"Empty", "", {}, ""}),
-    [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Printer, PrinterFormat,
+                         testing::Values(FormatCase{"Plain", "fail!\r\n", {}, "fail!\r\n"},
+                                         FormatCase{"TextAndNumber", "%s has %d", {"x", 5}, "x has 5"},
+                                         FormatCase{"NumberAsText", "%s", {5}, "5"},
+                                         FormatCase{"TextAsNumber", "%d", {"abc"}, "abc"},
+                                         FormatCase{"MissingValueStays", "%s %s", {"one"}, "one %s"},
+                                         FormatCase{"SpareValueIsDropped", "%s", {"one", "two"}, "one"},
+                                         FormatCase{"DoublePercent", "100%% of %d", {3}, "100% of 3"},
+                                         FormatCase{"OtherLetterStays", "%x %f", {1}, "%x %f"},
+                                         FormatCase{"PercentAtTheEnd", "50%", {1}, "50%"},
+                                         FormatCase{"ValuesAreNoFormats", "%s %s", {"%s", "b"}, "%s b"},
+                                         FormatCase{"Empty", "", {}, ""}),
+                         [](const auto& each) { return each.param.name; });
 
 TEST(Printer, HandsOverEveryPart) {
     const support::LogRecorder log;
@@ -79,6 +81,21 @@ TEST(Printer, MayBeCalledFromManyThreadsWhileTheSinkChanges) {
     for (auto& thread : threads) thread.join();
     setLogSink({});
     EXPECT_EQ(seen, 4 * 200);
+}
+
+TEST(Printer, SinkThatThrowsSomethingElseDoesNotEndTheCallerEither) {
+    setLogSink([](const LogEntry&) { throw 5; });
+    EXPECT_NO_THROW(printer(LOG_Level_Error, "u", "f", 1, "x", {}));
+    setLogSink({});
+}
+
+TEST(Printer, TextOfSeveralLinesStaysOneLineOfTheDefaultSink) {
+    setLogSink({});
+    testing::internal::CaptureStderr();
+    printer(LOG_Level_Error, "unit", "f", 1, "name:%s\r\n", {"a\r\n2026-01-01 forged"});
+    const std::string text = testing::internal::GetCapturedStderr();
+    EXPECT_NE(text.find("name:a\\r\\n2026-01-01 forged\n"), std::string::npos) << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "Public/Base/System.h"
 
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "FileText.h"
@@ -131,7 +133,8 @@ TEST_F(SystemTest, CopyOfAMissingFileFails) {
 
 TEST_F(SystemTest, StartsAProgramWithItsArgumentsAsGiven) {
     writeScript("p", "#!/bin/sh\nfor a in \"$@\"; do printf '[%s]' \"$a\"; done > out.tmp\nmv out.tmp \"$1\"\n");
-    ASSERT_TRUE(System::startPlain({at("p"), "\"" + at("out") + "\" \"two  blanks\" \"\" plain \"\xE4\xB8\xAD\"", true, false}));
+    ASSERT_TRUE(System::startPlain(
+        {at("p"), "\"" + at("out") + "\" \"two  blanks\" \"\" plain \"\xE4\xB8\xAD\"", true, false}));
     EXPECT_EQ(written("out"), "[" + at("out") + "][two  blanks][][plain][\xE4\xB8\xAD]");
 }
 
@@ -190,5 +193,52 @@ TEST_F(SystemTest, RecorderTakesThePlaceOfBothStarts) {
     EXPECT_FALSE(starts[1].show);
     EXPECT_FALSE(System::startPlain({at("none"), "", true, false}));
 }
+
+TEST_F(SystemTest, MappingThatFailsTellsWhy) {
+    writeText(at("empty"), "");
+    MappedFile file;
+    EXPECT_EQ(file.open(at("empty")), MappedFile::Result::CannotMap);
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EINVAL));
+    EXPECT_EQ(file.open(mDir.path()), MappedFile::Result::CannotOpen);
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EISDIR));
+}
+
+/// Starts a program as a user who is not root, with a pkexec that writes down what it is given.
+class StartWithoutRights : public SystemTest {
+protected:
+    StartWithoutRights() {
+        ::chmod(mDir.path().c_str(), 0777);
+        writeScript("pkexec", "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + at("part") + "'\nmv '" + at("part") + "' '" +
+                                  at("told") + "'\n");
+        ::chmod(at("pkexec").c_str(), 0755);
+    }
+    /// @return the result of the start, or -1 when the user could not be changed
+    int start(const std::string& name) {
+        ::chmod(at(name).c_str(), 0755);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
+            ::setenv("PATH", (mDir.path() + ":/usr/bin:/bin").c_str(), 1);
+            ::_exit(System::startElevated({at(name), "\"a b\"", true, true}) ? 1 : 0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        return WIFEXITED(status) && WEXITSTATUS(status) < 2 ? WEXITSTATUS(status) : -1;
+    }
+};
+
+TEST_F(StartWithoutRights, AsksForThem) {
+    writeText(at("program"), "#!/bin/sh\n");
+    EXPECT_EQ(start("program"), 1);
+    EXPECT_EQ(written("told"), at("program") + "\na b\n");
+}
+
+TEST_F(StartWithoutRights, GivesWhatTheKernelWillNotExecuteToTheShell) {
+    writeText(at("program"), "MZ=1;exit\n");
+    EXPECT_EQ(start("program"), 1);
+    EXPECT_EQ(written("told"), "/bin/sh\n" + at("program") + "\na b\n");
+}
+
+TEST_F(StartWithoutRights, FailsForAProgramThatIsNotThere) { EXPECT_EQ(start("none"), 0); }
 
 }  // namespace

@@ -88,4 +88,18 @@ TEST(Thread, SleepOfNothingReturnsAtOnce) {
     EXPECT_EQ(clock.now(), 1000000U);
 }
 
+TEST(Thread, MayBeCreatedBySeveralAtOnce) {
+    std::atomic<int> runs{0};
+    Body thread([&] { ++runs; });
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 4; ++i) {
+        callers.emplace_back([&] {
+            for (int n = 0; n < 50; ++n) thread.createThread();
+        });
+    }
+    for (auto& caller : callers) caller.join();
+    thread.destroyThread();
+    EXPECT_EQ(runs, 200);
+}
+
 }  // namespace

@@ -129,4 +129,49 @@ TEST(Timer, StartingAgainReplacesTheFirst) {
     EXPECT_TRUE(first.values().empty());
 }
 
+TEST(Timer, MayBeStoppedByItsOwnFirstCall) {
+    support::ManualClock clock;
+    Calls calls;
+    for (int round = 0; round < 50; ++round) {
+        Timer timer("test");
+        timer.start(
+            [&](unsigned long value) {
+                timer.stop();
+                calls.note(value);
+            },
+            0, 10, 0);
+        calls.waitFor(static_cast<size_t>(round) + 1);
+        clock.advance(1000);
+    }
+    EXPECT_EQ(calls.values().size(), 50U);
+}
+
+TEST(Timer, DestructorWaitsForACallThatHasStoppedIt) {
+    std::promise<void> entered, release;
+    std::atomic<bool> done{false};
+    auto timer = std::make_unique<Timer>("test");
+    timer->start(
+        [&, raw = timer.get()](unsigned long) {
+            raw->stop();
+            entered.set_value();
+            release.get_future().wait();
+            done = true;
+        },
+        0, 1000, 0);
+    entered.get_future().wait();
+    std::thread releaser([&] { release.set_value(); });
+    timer.reset();
+    EXPECT_TRUE(done);
+    releaser.join();
+}
+
+TEST(Timer, MayBeStartedAnewByItsOwnCall) {
+    support::ManualClock clock;
+    Calls calls;
+    Timer timer("test");
+    timer.start([&](unsigned long) { timer.start([&](unsigned long value) { calls.note(value); }, 0, 0, 2); }, 0, 0, 1);
+    calls.waitFor(1);
+    EXPECT_EQ(calls.values(), std::vector<unsigned long>{2});
+}
+
 }  // namespace
