@@ -1,14 +1,10 @@
 // Marks what the engine gives to its hosts.
 #pragma once
 
-#if defined(ORV_STATIC)
-#define ORV_UPDATE_API
-#elif defined(_WIN32)
+#include "Public/Base/PlatformExport.h"
+
 #if defined(ORV_UPDATE_BUILD)
-#define ORV_UPDATE_API __declspec(dllexport)
+#define ORV_UPDATE_API ORV_EXPORT
 #else
-#define ORV_UPDATE_API __declspec(dllimport)
-#endif
-#else
-#define ORV_UPDATE_API __attribute__((visibility("default")))
+#define ORV_UPDATE_API ORV_IMPORT
 #endif

@@ -53,6 +53,16 @@ void appendBytes(const std::string& path, const std::string& bytes) {
 
 void cutBytes(const std::string& path, size_t count) { fs::resize_file(path, fs::file_size(path) - count); }
 
+void claimAllBytes(const std::string& path) {
+    std::string bytes = readText(path).value();
+    const size_t magic = bytes.find("\xef\xbe\xad\xdeNullsoftInst");
+    if (magic == std::string::npos) throw std::runtime_error("no package: " + path);
+    // The flags stand before the magic; the length of all data, from the flags on, follows that of the header.
+    const size_t length = bytes.size() - (magic - 4);
+    for (size_t byte = 0; byte < 4; ++byte) bytes[magic + 20 + byte] = static_cast<char>(length >> (8 * byte));
+    writeText(path, bytes);
+}
+
 void flipMiddleByte(const std::string& path) {
     std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
     const auto middle = static_cast<std::streamoff>(fs::file_size(path) / 2);

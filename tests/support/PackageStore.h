@@ -36,6 +36,8 @@ private:
 void appendBytes(const std::string& path, const std::string& bytes);
 /// Cuts bytes off its end.
 void cutBytes(const std::string& path, size_t count);
+/// Makes the package's first header claim every byte of the file, as if all that was appended belonged to the archive.
+void claimAllBytes(const std::string& path);
 /// Inverts one byte in its middle.
 void flipMiddleByte(const std::string& path);
 

@@ -1,68 +1,53 @@
 #include "Public/Network/HTTPClient.h"
 
-#include "Network/HTTPExchange.h"
+#include <algorithm>
+
+#include "Network/Exchange.h"
+#include "Network/HttpAddress.h"
 #include "Network/IOWorkerImpl.h"
 
 namespace Public::Network {
 
 namespace {
 
-struct UrlParts {
-    UrlParts() : handle(curl_url()) {}
-    ~UrlParts() { curl_url_cleanup(handle); }
-    UrlParts(const UrlParts&) = delete;
-    UrlParts& operator=(const UrlParts&) = delete;
-
-    std::string get(CURLUPart part) const {
-        char* text = nullptr;
-        if (curl_url_get(handle, part, &text, 0) != CURLUE_OK) return {};
-        std::string result = text;
-        curl_free(text);
-        return result;
-    }
-    CURLU* handle;
-};
-
-/// The address as the transfer library takes it; empty when it is none of HTTP or HTTPS.
-std::string acceptable(const std::string& url) {
-    if (url.find('\0') != std::string::npos) return {};
-    const UrlParts parts;
-    if (curl_url_set(parts.handle, CURLUPART_URL, url.c_str(), CURLU_URLENCODE) != CURLUE_OK) return {};
-    const std::string scheme = parts.get(CURLUPART_SCHEME);
-    if ((scheme != "http" && scheme != "https") || parts.get(CURLUPART_HOST).empty()) return {};
-    return parts.get(CURLUPART_URL);
+bool isControl(char letter) {
+    const auto code = static_cast<unsigned char>(letter);
+    return code < 0x20 || code == 0x7F;
 }
 
-/// A token of RFC 9110.
-bool isMethod(const std::string& method) {
-    static constexpr std::string_view kOthers = "!#$%&'*+-.^_`|~";
-    return !method.empty() && std::all_of(method.begin(), method.end(), [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || kOthers.find(c) != std::string_view::npos;
+/// A token of RFC 9110, so that nothing else can slip into the request line.
+bool isMethod(const std::string& text) {
+    constexpr std::string_view kMarks = "!#$%&'*+-.^_`|~";
+    return !text.empty() && std::all_of(text.begin(), text.end(), [&](char letter) {
+        return (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
+               (letter >= 'a' && letter <= 'z') || kMarks.find(letter) != std::string_view::npos;
     });
-}
-
-bool isOneLine(const std::string& text) {
-    return std::none_of(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
 }
 
 }  // namespace
 
 HTTPClient::HTTPClient(const std::shared_ptr<IOWorker>& worker, const std::string& userAgent)
-    : mWorker(worker), mUserAgent(userAgent) {}
+    : mWorker(worker ? worker->impl() : nullptr), mUserAgent(userAgent) {}
 
 HTTPClient::~HTTPClient() {
-    if (mExchange) mExchange->abandon();
+    if (!mExchange) return;
+    mExchange->end();
+    mWorker->wake();
 }
 
 bool HTTPClient::request(const std::shared_ptr<HTTPClientRequest>& request, const Completion& callback,
                          const std::string&) {
-    if (!mWorker || !request || mExchange || !isMethod(request->method()) || !isOneLine(mUserAgent)) return false;
-    const std::string url = acceptable(request->url().text());
-    if (url.empty()) return false;
-    auto exchange = std::make_shared<Exchange>(mWorker->impl()->nextLoop(), url, mUserAgent, request, callback,
-                                               weak_from_this());
+    if (!mWorker || !request || !isMethod(request->method())) return false;
+    if (std::any_of(mUserAgent.begin(), mUserAgent.end(), isControl)) return false;
+    const std::string address = httpAddress(request->url().text());
+    if (address.empty()) return false;
+
+    std::lock_guard lock(mMutex);
+    if (mExchange) return false;
+    const auto exchange = std::make_shared<Exchange>(weak_from_this(), request, callback, address, mUserAgent);
     mExchange = exchange;
-    if (exchange->start()) return true;
+    if (mWorker->submit(exchange)) return true;
+    exchange->end();
     mExchange.reset();
     return false;
 }

@@ -108,7 +108,7 @@ struct DirectoryCase {
     std::string given;
     std::string passedOn;
 };
-void PrintTo(const DirectoryCase& one, std::ostream* out) { *out << one.given; }
+void PrintTo(const DirectoryCase& one, std::ostream* out) { *out << one.title; }
 class AgentInstallDir : public AgentFixture, public testing::WithParamInterface<DirectoryCase> {};
 
 struct RoleDirectoryCase {

@@ -20,7 +20,7 @@ struct ItemCase {
     bool server;
     bool wanted;
 };
-void PrintTo(const ItemCase& one, std::ostream* out) { *out << one.name; }
+void PrintTo(const ItemCase& one, std::ostream* out) { *out << one.title; }
 
 class NsisParseItem : public testing::TestWithParam<ItemCase> {};
 

@@ -10,7 +10,7 @@ struct NameCase {
     std::string name;
     bool plain;
 };
-void PrintTo(const NameCase& one, std::ostream* out) { *out << one.name; }
+void PrintTo(const NameCase& one, std::ostream* out) { *out << one.title; }
 
 class RelativeName : public testing::TestWithParam<NameCase> {};
 

@@ -118,7 +118,7 @@ struct OutsideCase {
     const char* title;
     std::string name;
 };
-void PrintTo(const OutsideCase& one, std::ostream* out) { *out << one.name; }
+void PrintTo(const OutsideCase& one, std::ostream* out) { *out << one.title; }
 class OrvInstallerOutside : public OrvInstallerTest, public testing::WithParamInterface<OutsideCase> {};
 
 }  // namespace

@@ -1,4 +1,5 @@
 // What a scan of the store finds.
+#include "Archive/NSISDecompile.h"
 #include "FileText.h"
 #include "LogRecorder.h"
 #include "PackageStore.h"
@@ -284,6 +285,17 @@ TEST_F(SignedStoreScan, TakesASignedPackage) {
 
 TEST_F(SignedStoreScan, SkipsASignedPackageThatWasAltered) {
     support::flipMiddleByte(mStore.putSigned(sPlace));
+    EXPECT_TRUE(mStore.scan().empty());
+}
+
+TEST_F(SignedStoreScan, SkipsABadlySignedPackageWhoseArchiveClaimsEveryByte) {
+    const std::string path = mStore.putSigned(sPlace);
+    support::claimAllBytes(path);
+    NSISDecompile reader;
+    uint64_t size = 0;
+    ASSERT_TRUE(reader.open(path, ""));
+    ASSERT_TRUE(reader.getSize(size));
+    ASSERT_EQ(size, std::filesystem::file_size(path));
     EXPECT_TRUE(mStore.scan().empty());
 }
 

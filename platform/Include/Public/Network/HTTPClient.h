@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Public/Base/Function.h"
@@ -24,6 +25,7 @@ enum HTTPCacheType : int {
 
 /// Opaque; passed through recvCallback.
 class Socket;
+class Exchange;
 
 /// Status and fields of a response. Written by the client before a callback sees it, read-only afterwards.
 struct ORV_PLATFORM_API HTTPHeader {
@@ -107,36 +109,41 @@ private:
     std::shared_ptr<ReadContent> mContent;
 };
 
-/// One client for one request. The destructor ends a running request: it returns only when the callbacks of that request
-/// have ended or can no longer begin, except on the thread of such a callback itself. A request ended in this way calls
-/// its completion no more.
+/// One client for one request. The destructor ends a running request: it returns only when the callbacks of that
+/// request have ended or can no longer begin, except on the thread of such a callback itself. A request ended in this
+/// way calls its completion no more. So a lock that a callback takes must not be held while the client is destroyed,
+/// and two callbacks must not each destroy the other's client. A finished or ended request lets go of both its
+/// callbacks.
 class ORV_PLATFORM_API HTTPClient : public std::enable_shared_from_this<HTTPClient> {
 public:
     using Completion =
         Public::Base::Function<void(const std::shared_ptr<HTTPClient>&, const std::shared_ptr<HTTPClientRequest>&,
                                     const std::shared_ptr<HTTPClientResponse>&)>;
 
+    /// The worker is not kept alive: when its owner lets go of it, the request ends with a failure.
     HTTPClient(const std::shared_ptr<IOWorker>& worker, const std::string& userAgent);
     ~HTTPClient();
     HTTPClient(const HTTPClient&) = delete;
     HTTPClient& operator=(const HTTPClient&) = delete;
 
     /// Starts the request. Follows at most 5 redirects, to HTTP and HTTPS only. TLS peers are verified.
-    /// @param callback called exactly once, later, on a thread of the IOWorker, with no lock held. The client pointer it
-    ///                 receives is null when the owner has let go of the client. A request that got no response, an
-    ///                 incomplete one (a body shorter than its Content-Length), or too many redirects has a response
-    ///                 whose status is not 200: 408 on a time-out, otherwise 0. A streamed request too always gets a
-    ///                 response with a header
+    /// @param callback called exactly once, later, on a thread of the IOWorker, with no lock held; it
+    ///                 may take its time without holding up a transfer. The client pointer it receives is null when the
+    ///                 owner has let go of the client. A request that got no response, an incomplete one (a body
+    ///                 shorter than its Content-Length), or too many redirects has a response whose status is not 200:
+    ///                 408 on a time-out, otherwise 0, and neither fields nor content. A streamed request too always
+    ///                 gets a response with a header
     /// @param extra    always empty
-    /// @return false when nothing was started and the callback will not be called: no IOWorker, a null request, an
-    ///         address that is not HTTP or HTTPS, or a client that has had its request
+    /// @return false when nothing was started and the callback will not be called: no IOWorker or one that has ended, a
+    ///         null request, an address that is not HTTP or HTTPS, a method that is not a token, a user agent with a
+    ///         control character, or a client that has had its request
     bool request(const std::shared_ptr<HTTPClientRequest>& request, const Completion& callback,
                  const std::string& extra);
 
 private:
-    class Exchange;
-    std::shared_ptr<IOWorker> mWorker;
-    std::string mUserAgent;
+    const std::shared_ptr<IOWorker::Impl> mWorker;
+    const std::string mUserAgent;
+    std::mutex mMutex;  // guards mExchange while requests are being started
     std::shared_ptr<Exchange> mExchange;
 };
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 
 #include "Public/Base/PlatformExport.h"
@@ -11,10 +10,13 @@ namespace Public::Network {
 
 /// Made by the host and handed to every object that does network work. Its threads drive the transfers and run all
 /// completion callbacks; it ends with its last reference, also when that is dropped on one of its own threads: requests
-/// still running then end with a failure response.
+/// still running then end with a failure response. Dropped on another thread, it waits for running callbacks and for
+/// the completions of those requests; so a lock that they take must not be held.
 class ORV_PLATFORM_API IOWorker {
 public:
-    /// @param threads at least 1; 0 counts as 1
+    /// @param threads how many drive transfers, 1 to 64; a number outside counts as the nearest. As many again run the
+    ///                completions, so that one that takes its time holds up no transfer
+    /// @return null when the system gives no threads
     static std::shared_ptr<IOWorker> create(size_t threads);
     ~IOWorker();
     IOWorker(const IOWorker&) = delete;

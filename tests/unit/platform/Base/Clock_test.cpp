@@ -49,6 +49,7 @@ TEST(Clock, WaitIsEndedByANotification) {
     std::unique_lock lock(mutex);
     while (!ready) EXPECT_FALSE(clock->waitUntil(lock, condition, UINT64_MAX));
     waker.join();
+    EXPECT_TRUE(ready);
 }
 
 TEST(Clock, ReplacedClockGivesTheMillisecondsOfTime) {

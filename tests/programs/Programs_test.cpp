@@ -1,0 +1,94 @@
+// The programs as a user starts them.
+#include <sys/wait.h>
+
+#include "FileText.h"
+#include "HttpFileServer.h"
+#include "OrvInstaller/PeImports.h"
+#include "PackageMaker.h"
+#include "TempDir.h"
+
+using support::readText;
+using support::writeText;
+
+namespace {
+
+/// Runs a command line. @return its exit status
+int run(const std::string& commandLine) { return WEXITSTATUS(std::system(commandLine.c_str())); }
+
+std::string quoted(const std::string& text) { return "'" + text + "'"; }
+
+TEST(Programs, DemonstrationEndsWithEverythingAsExpected) {
+    const support::TempDir dir;
+    EXPECT_EQ(run("TMPDIR=" + quoted(dir.path()) + " " + quoted(ORV_DEMO) + " > " + quoted(dir.path() + "/out")), 0)
+        << readText(dir.path() + "/out").value_or("");
+    EXPECT_NE(readText(dir.path() + "/out").value_or("").find("\nEverything was as expected.\n"), std::string::npos);
+    EXPECT_EQ(support::filesBelow(dir.path()), std::set<std::string>{"out"});
+}
+
+TEST(Programs, InstallerWithoutItsSevenArgumentsTellsHowItIsUsed) {
+    const support::TempDir dir;
+    EXPECT_EQ(run(quoted(ORV_INSTALLER) + " one two 2> " + quoted(dir.path() + "/err")), 2);
+    EXPECT_NE(readText(dir.path() + "/err").value_or("").find("usage: orvinstaller PACKAGE"), std::string::npos);
+}
+
+TEST(Programs, LauncherIsAProgramOfTheOtherSystemThatNamesTheNativeOne) {
+    const std::string bytes = readText(ORV_LAUNCHER).value_or("");
+    ASSERT_GT(bytes.size(), 0x200U);
+    EXPECT_EQ(bytes.substr(0, 2), "MZ");
+    EXPECT_NE(bytes.find(std::string("orvinstaller\0", 13)), std::string::npos);
+    EXPECT_NE(bytes.find("libOrvUpdate.so"), std::string::npos);
+}
+
+TEST(Programs, LauncherRunsTheNativeProgramBesideIt) {
+    const support::TempDir dir;
+    const std::string launcher = dir.path() + "/with blank/orvInstaller.exe";
+    std::filesystem::create_directories(dir.path() + "/with blank");
+    std::filesystem::copy_file(ORV_LAUNCHER, launcher);
+    writeText(dir.path() + "/with blank/orvinstaller", "#!/bin/sh\necho \"$# $2\" > '" + dir.path() + "/out'\n");
+    std::filesystem::permissions(dir.path() + "/with blank/orvinstaller", std::filesystem::perms::owner_all);
+    EXPECT_EQ(run("/bin/sh " + quoted(launcher) + " a 'b c'"), 0);
+    EXPECT_EQ(readText(dir.path() + "/out"), "2 b c\n");
+}
+
+class ExampleHost : public testing::Test {
+protected:
+    ExampleHost() {
+        std::filesystem::create_directories(mDir.path() + "/program");
+        std::filesystem::copy_file(ORV_EXAMPLE, mDir.path() + "/program/orvexample");
+        const std::string url = mCloud.url("");
+        writeText(mDir.path() + "/program/upgrade_domain.json",
+                  "{\"domain\":\"" + url.substr(url.find("//") + 2, url.find('/', url.find("//") + 2) - url.find("//") - 2) + "\"}");
+    }
+    int start() {
+        return run(quoted(mDir.path() + "/program/orvexample") + " " + quoted(mDir.path() + "/store") + " " +
+                   quoted(mDir.path() + "/installed") + " > " + quoted(mDir.path() + "/out") + " 2>/dev/null");
+    }
+    std::string out() { return readText(mDir.path() + "/out").value_or(""); }
+
+    support::TempDir mDir;
+    support::HttpFileServer mCloud;
+};
+
+TEST_F(ExampleHost, IsUpToDateWhenTheCloudOffersNothing) {
+    mCloud.serve("/version", "[]");
+    EXPECT_EQ(start(), 0);
+    EXPECT_EQ(out(), "up to date\n");
+}
+
+TEST_F(ExampleHost, TellsWhenTheCloudCannotBeAsked) {
+    EXPECT_EQ(start(), 1);
+    EXPECT_EQ(out(), "the update cloud cannot be asked: -304\n");
+}
+
+TEST_F(ExampleHost, FetchesAndTestsANewerPackage) {
+    support::PackageSpec spec;
+    spec.version = "1.12.0.0";
+    const std::string package = support::makePackage(spec, mDir.path() + "/package.exe");
+    mCloud.serve("/package", readText(package).value());
+    mCloud.serve("/version", R"({"softversion":"1.12.0.0","description":"d","url":")" + mCloud.url("/package") + "\"}");
+    EXPECT_EQ(start(), 0);
+    // There is no installer program beside this host, so that the launch fails.
+    EXPECT_EQ(out(), "the package has arrived\nthe package is sound\nfailed\n");
+}
+
+}  // namespace
