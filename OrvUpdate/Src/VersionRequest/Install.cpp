@@ -20,8 +20,14 @@ ErrorInfo VersionRequest::install(const std::shared_ptr<IVersion>& version, cons
         return error;
     }
     ORV_LOG(4, "VersionRequest", "VersionRequest: download start");
-    const auto running = std::make_shared<RunningInstall>(
-        RunningInstall{version, transfer, installDir, flag, onError, onDownloaded, onInstalling});
+    const auto running = std::make_shared<RunningInstall>();
+    running->version = version;
+    running->transfer = transfer;
+    running->installDir = installDir;
+    running->flag = flag;
+    running->onError = onError;
+    running->onDownloaded = onDownloaded;
+    running->onInstalling = onInstalling;
     // A transfer calls only the last callback that it was given: an earlier installation that waits for it ends here.
     dropInstalls(transfer);
     {
@@ -44,7 +50,7 @@ ErrorInfo VersionRequest::install(const std::shared_ptr<IVersion>& version, cons
 }
 
 void VersionRequest::onPackageArrived(const std::shared_ptr<RunningInstall>& install) {
-    if (mInstallCancel) return;
+    if (mInstallCancel || install->cancelled) return;
     if (const ErrorInfo error = install->transfer->getError()) {
         install->onError(error);
         return;
@@ -58,7 +64,7 @@ void VersionRequest::onPackageArrived(const std::shared_ptr<RunningInstall>& ins
     ORV_LOG(4, "VersionRequest", "VersionRequest: start AgentInstaller %s %d", install->installDir,
             static_cast<int>(install->flag));
     const ErrorInfo result = agent->start(install->installDir, install->flag, install->onInstalling);
-    if (mInstallCancel) {
+    if (mInstallCancel || install->cancelled) {
         ORV_LOG(4, "VersionRequest", "mAgentInstaller start is cancel by user");
         mAgentInstaller.exchange(nullptr);
         return;
@@ -80,6 +86,10 @@ void VersionRequest::releaseInstall(const std::shared_ptr<RunningInstall>& insta
 
 ErrorInfo VersionRequest::installCancel(const std::shared_ptr<IVersion>& version) {
     mInstallCancel = true;
+    {
+        std::lock_guard lock(mInstallMutex);
+        for (const auto& running : mRunningInstalls) running->cancelled = true;
+    }
     const std::shared_ptr<IVersionRequest> self = shared_from_this();
     const auto transfer = version ? version->getDownload(self) : nullptr;
     if (transfer) transfer->cancel();

@@ -570,6 +570,20 @@ TEST_F(InstallCancel, DuringARefusedAcknowledgementReportsNothing) {
     EXPECT_EQ(mExits.count(), 0U);
 }
 
+TEST_F(InstallCancel, HoldsForItsInstallationAlsoWhenAnotherHasBegun) {
+    mHoldAcknowledgement = true;
+    const auto version = localEntry(mStore.put(packageOf("1.11.0.8")));
+    std::thread installing([&] { install(version); });
+    ASSERT_TRUE(mAcknowledgement.waitForSomeone());
+    mRequest->installCancel(version);
+    install(localEntry(mStore.path("running.exe"), "1.0.0.0"));
+    EXPECT_FALSE(Access::cancelRequested(*mRequest));
+    mAcknowledgement.open();
+    installing.join();
+    EXPECT_EQ(mExits.count(), 0U);
+    EXPECT_TRUE(errors().empty());
+}
+
 TEST_F(InstallCancel, AfterTheLaunchLeavesTheInstallerRunning) {
     const auto version = localEntry(mStore.put(packageOf("1.11.0.8")));
     const Received<std::string> launched;
@@ -666,8 +680,7 @@ TEST_F(InstallLifetime, RunningTransferDoesNotKeepTheRequest) {
     ASSERT_TRUE(mCloud.waitForHeld(kPackagePath));
     version.reset();
     mRequest.reset();
-    EXPECT_TRUE(watchedRequest.expired());
-    EXPECT_TRUE(support::eventually([&] { return watchedVersion.expired(); }));
+    EXPECT_TRUE(support::eventually([&] { return watchedRequest.expired() && watchedVersion.expired(); }));
     mCloud.release(kPackagePath);
     EXPECT_EQ(mArrived.count(), 0U);
     EXPECT_TRUE(errors().empty());
