@@ -11,7 +11,7 @@ cmake --install "$build" --prefix "$work/prefix" >"$work/install.log"
 
 # The sanitizers of the build under test, if any, must be linked into the consumer too.
 flags=$(sed -n 's/^ORV_SANITIZER:STRING=//p' "$build/CMakeCache.txt" | sed -E 's/^address$/-fsanitize=address,undefined/; s/^thread$/-fsanitize=thread/')
-cmake -S "$source" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_FLAGS="$flags" >"$work/configure.log"
+cmake -G Ninja -S "$source" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_FLAGS="$flags" >"$work/configure.log"
 cmake --build "$work/cmake" >"$work/build.log"
 "$work/cmake/consumer" "$work/store" | grep -x 'start 0, version 1.11.0.8, 0 packages'
 
