@@ -165,12 +165,13 @@ TEST(Thread, BodyMayLetGoOfItselfTwice) {
 
 TEST(Thread, BodyMayDestroyItWhileAnotherWaitsForIt) {
     std::promise<void> entered, release;
-    bool result = false;
+    const auto result = std::make_shared<std::promise<bool>>();
     Body* self = nullptr;
     Body thread([&] {
         entered.set_value();
         release.get_future().wait();
-        result = self->destroyThread();
+        const auto told = result;  // outlives this function object, as the thread may be let go
+        told->set_value(self->destroyThread());
     });
     self = &thread;
     ASSERT_TRUE(thread.createThread());
@@ -178,8 +179,7 @@ TEST(Thread, BodyMayDestroyItWhileAnotherWaitsForIt) {
     std::thread waiter([&] { thread.destroyThread(); });
     release.set_value();
     waiter.join();
-    thread.destroyThread();
-    EXPECT_TRUE(result);
+    EXPECT_TRUE(result->get_future().get());
 }
 
 class NamedBody : public Thread {
