@@ -1,6 +1,5 @@
 #include "Public/Base/Clock.h"
 
-#include <algorithm>
 #include <chrono>
 
 namespace Public::Base {
@@ -26,7 +25,7 @@ public:
 
 std::mutex sMutex;  // guards the clock in force
 
-/// Never destroyed, since threads may wait on it while the program's statics go.
+/// Never destroyed: a thread may still look at the clock while the process ends.
 std::shared_ptr<Clock>& inForce() {
     static auto& clock = *new std::shared_ptr<Clock>(std::make_shared<MachineClock>());
     return clock;

@@ -8,7 +8,6 @@ namespace Public::Base {
 namespace {
 using Json = nlohmann::ordered_json;
 constexpr size_t kDeepest = 64;
-constexpr size_t kLongest = size_t{64} << 20;
 }  // namespace
 
 /// Builds the tree from the parser's events. Every event gives false to end the parsing.
@@ -71,15 +70,15 @@ private:
         }
         Open& parent = mOpen.back();
         if (parent.value.mKind == JsonValue::Kind::Array) {
-            parent.value.mElements.push_back(std::make_unique<JsonValue>(std::move(value)));
+            parent.value.mElements.push_back(std::move(value));
             return true;
         }
         auto& members = parent.value.mMembers;
         const auto [place, fresh] = parent.places.emplace(mKey, members.size());
         if (fresh) {
-            members.emplace_back(mKey, std::make_unique<JsonValue>(std::move(value)));
+            members.emplace_back(mKey, std::move(value));
         } else {
-            *members[place->second].second = std::move(value);
+            members[place->second].second = std::move(value);
         }
         return true;
     }
@@ -89,9 +88,9 @@ private:
     std::string mKey;
 };
 
-bool JsonText::read(const SharedBuffer& text, JsonValue& value) {
+bool JsonText::read(const SharedBuffer& text, JsonValue& value, size_t longest) {
     // The parser would take a zero byte for the end of the text.
-    if (text.size() > kLongest || std::memchr(text.buf(), 0, text.size()) != nullptr) return false;
+    if (text.size() > longest || std::memchr(text.buf(), 0, text.size()) != nullptr) return false;
     Reader reader(value);
     if (Json::sax_parse(text.buf(), text.buf() + text.size(), &reader)) return true;
     value = JsonValue();
@@ -134,7 +133,7 @@ void JsonText::write(const JsonValue& value, size_t depth, std::string& out) {
         if (i != 0) out += ',';
         out += inner;
         if (!array) out += quoted(value.mMembers[i].first) + ": ";
-        write(array ? *value.mElements[i] : *value.mMembers[i].second, depth + 1, out);
+        write(array ? value.mElements[i] : value.mMembers[i].second, depth + 1, out);
     }
     out += "\n" + std::string(depth, '\t');
     out += array ? ']' : '}';

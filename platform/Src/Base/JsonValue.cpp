@@ -17,15 +17,10 @@ JsonValue::JsonValue(double number) : mScalar(number) {}
 JsonValue::JsonValue(const Value& scalar) : mScalar(scalar) {}
 JsonValue::~JsonValue() = default;
 
-JsonValue::JsonValue(const JsonValue& other) : mKind(other.mKind), mScalar(other.mScalar) {
-    mMembers.reserve(other.mMembers.size());
-    for (const auto& [name, value] : other.mMembers) mMembers.emplace_back(name, std::make_unique<JsonValue>(*value));
-    mElements.reserve(other.mElements.size());
-    for (const auto& element : other.mElements) mElements.push_back(std::make_unique<JsonValue>(*element));
-}
+// What is assigned is taken out before anything is overwritten: it may be a part of this value.
 
 JsonValue& JsonValue::operator=(const JsonValue& other) {
-    JsonValue copy(other);  // what is held now goes last, since the other may be a part of it
+    JsonValue copy(other);
     swap(copy);
     return *this;
 }
@@ -41,12 +36,6 @@ void JsonValue::swap(JsonValue& other) noexcept {
     std::swap(mScalar, other.mScalar);
     mMembers.swap(other.mMembers);
     mElements.swap(other.mElements);
-}
-
-void JsonValue::become(Kind kind) {
-    if (mKind == kind) return;
-    *this = JsonValue();
-    mKind = kind;
 }
 
 ErrorInfo JsonValue::read(const SharedBuffer& text) {
@@ -79,18 +68,21 @@ std::vector<std::string> JsonValue::keys() const {
 }
 
 JsonValue& JsonValue::operator[](const char* key) {
-    become(Kind::Object);
+    if (mKind != Kind::Object) {
+        *this = JsonValue();
+        mKind = Kind::Object;
+    }
     const std::string name = key != nullptr ? key : "";
     for (auto& [present, value] : mMembers) {
-        if (present == name) return *value;
+        if (present == name) return value;
     }
-    return *mMembers.emplace_back(name, std::make_unique<JsonValue>()).second;
+    return mMembers.emplace_back(name, JsonValue()).second;
 }
 
 JsonValue JsonValue::operator[](const char* key) const {
     if (key == nullptr) return {};
     for (const auto& [name, value] : mMembers) {
-        if (name == key) return *value;
+        if (name == key) return value;
     }
     return {};
 }
@@ -102,18 +94,24 @@ JsonValue& JsonValue::operator[](size_t index) {
         scratch = JsonValue();
         return scratch;
     }
-    become(Kind::Array);
-    while (mElements.size() <= index) mElements.push_back(std::make_unique<JsonValue>());
-    return *mElements[index];
+    if (mKind != Kind::Array) {
+        *this = JsonValue();
+        mKind = Kind::Array;
+    }
+    if (index >= mElements.size()) mElements.resize(index + 1);
+    return mElements[index];
 }
 
 JsonValue JsonValue::operator[](size_t index) const {
-    return index < mElements.size() ? *mElements[index] : JsonValue();
+    return index < mElements.size() ? mElements[index] : JsonValue();
 }
 
 void JsonValue::append(const JsonValue& element) {
-    auto copy = std::make_unique<JsonValue>(element);  // the element may be part of this value
-    become(Kind::Array);
+    JsonValue copy = element;  // the element may be part of this value
+    if (mKind != Kind::Array) {
+        *this = JsonValue();
+        mKind = Kind::Array;
+    }
     mElements.push_back(std::move(copy));
 }
 

@@ -4,13 +4,12 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
-#include <memory>
-
 namespace Public::Base {
 
 namespace {
 
-/// Never destroyed, since threads may log while the program's statics go.
+// The sink and the logger are never destroyed: what ends last in a process may still log.
+
 Function<void(const LogEntry&)>& sink() {
     static auto& sink = *new Function<void(const LogEntry&)>;
     return sink;
@@ -33,14 +32,17 @@ std::string fill(const char* format, const std::vector<Value>& values) {
     return text;
 }
 
-/// Without the line ends behind it; those within become visible, so that no text from outside can pass for an entry.
+/// The text as the rest of a line, so that no value from outside can make up an entry of its own.
 std::string onOneLine(const std::string& text) {
     std::string line;
     for (const char c : text.substr(0, text.find_last_not_of("\r\n") + 1)) {
+        const auto byte = static_cast<unsigned char>(c);
         if (c == '\n') {
             line += "\\n";
         } else if (c == '\r') {
             line += "\\r";
+        } else if ((byte < 0x20 && c != '\t') || byte == 0x7F) {
+            line += spdlog::fmt_lib::format("\\x{:02x}", byte);
         } else {
             line += c;
         }
@@ -49,14 +51,14 @@ std::string onOneLine(const std::string& text) {
 }
 
 void writeToStderr(const LogEntry& entry) {
-    static auto& logger = *new auto([] {
-        auto made = std::make_shared<spdlog::logger>("orv", std::make_shared<spdlog::sinks::stderr_sink_mt>());
-        made->set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
-        made->set_level(spdlog::level::trace);
+    static auto& logger = []() -> spdlog::logger& {
+        auto& made = *new spdlog::logger("orv", std::make_shared<spdlog::sinks::stderr_sink_mt>());
+        made.set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
+        made.set_level(spdlog::level::trace);
         return made;
-    }());
-    logger->info("{} {} {} {}:{} {}", static_cast<int>(entry.level), spdlog::details::os::thread_id(), entry.file,
-                 entry.function, entry.line, onOneLine(entry.text));
+    }();
+    logger.info("{} {} {} {}:{} {}", static_cast<int>(entry.level), spdlog::details::os::thread_id(), entry.file,
+                entry.function, entry.line, onOneLine(entry.text));
 }
 
 }  // namespace

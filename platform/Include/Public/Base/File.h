@@ -22,16 +22,15 @@ enum SeekPosition : int {
 
 /// Ways of opening a file. Any other number is refused.
 enum OpenMode : int {
-    OpenMode_ReadDefault = 0,      ///< read
-    OpenMode_Read = 2,             ///< read
-    OpenMode_Create = 0x1001,      ///< create and write, truncating a file that is there
-    OpenMode_CreateKeep = 0x1002,  ///< create when missing, read and write, nothing truncated
+    OpenMode_ReadDefault = 0,       ///< read
+    OpenMode_Read = 2,              ///< read
+    OpenMode_Create = 0x1001,       ///< create and write, truncating a file that is there
+    OpenMode_CreateKeep = 0x1002,   ///< create when missing, read and write, nothing truncated
 };
 
 /// One open file, and what can be done to files by path. Paths are UTF-8; on POSIX "/" and "\\" both separate. An empty
-/// path, or one that holds a zero byte, is refused; so is a pipe, which could hold a caller up for ever. Every failure
-/// is recorded for ErrorInfo::getLastError. No operation throws. One object belongs to one thread at a time; the static
-/// operations may run on any.
+/// path, or one that holds a zero byte, is refused. Every failure is recorded for ErrorInfo::getLastError. No operation
+/// throws. One object belongs to one thread at a time; the static operations may run on any.
 class ORV_PLATFORM_API File {
 public:
     explicit File(const std::string& path = {});
@@ -64,8 +63,7 @@ public:
     bool isOpen() const;
 
     static bool access(const std::string& path, AccessMode mode);
-    /// The whole file; empty when it cannot be read to its end, or is longer than 1 GiB: documents are loaded whole,
-    /// packages never.
+    /// The whole file; empty when not all of it can be read.
     static SharedBuffer load(const std::string& path);
     /// Replaces the whole file. Makes no directory.
     static bool save(const std::string& path, const SharedBuffer& content);
@@ -73,14 +71,13 @@ public:
     static uint64_t getLength(const std::string& path);
     /// Removes one file; false for a directory.
     static bool remove(const std::string& path);
-    /// Copies one file with its permissions; an existing target is overwritten, a read-only one too. A copy that
-    /// belongs to another user does not run with the rights of its owner. A target that is the source itself is
-    /// refused, so that nothing is lost.
+    /// Copies one file with its permissions; an existing target is overwritten, a read-only one too.
+    /// A target that is the source itself is refused, so that nothing is lost.
     static bool copy(const std::string& from, const std::string& to);
     /// Makes the whole chain of directories; succeeds when it is there already.
     static bool makeDirectory(const std::string& path);
-    /// Removes the directory with all that it holds. A symbolic link is removed, never followed. A root is refused, and
-    /// so is a path that ends in "." or ".."; an absent directory is a failure.
+    /// Removes the directory with all that it holds. A symbolic link is removed, never followed. A root is refused;
+    /// an absent directory is a failure.
     static bool removeDirectory(const std::string& path);
 
     /// Directory of the running program, without a trailing separator.
@@ -89,12 +86,10 @@ public:
     static void setExcutableFileFullPath(const std::string& path);
 
 private:
-    /// Reads as far as the file goes. @param sound set to false by a fault, which is recorded
-    size_t readUntil(void* data, size_t length, bool& sound);
-
     struct Handle;
     std::string mPath;
     std::unique_ptr<Handle> mHandle;
+    bool mReadFailed = false;  // since it was opened; tells a fault from the end of the file
 };
 
 }  // namespace Public::Base

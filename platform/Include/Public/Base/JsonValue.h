@@ -26,8 +26,7 @@ enum WriteStyle : int {
 
 /// A null, a scalar, an array or an object (RFC 8259). Scalars convert freely through Value. Members and elements of a
 /// value of another kind read as null; writing one turns the value into an object or an array.
-/// A reference to a member or an element stays good while others are added, until it is itself replaced or the value
-/// that holds it is. Plain value with deep copies: one thread at a time.
+/// Plain value with deep copies: one thread at a time.
 class ORV_PLATFORM_API JsonValue {
 public:
     JsonValue(ValueType type = ValueType_Null);  // NOLINT(google-explicit-constructor)
@@ -37,9 +36,9 @@ public:
     JsonValue(bool flag);                        // NOLINT(google-explicit-constructor)
     JsonValue(double number);                    // NOLINT(google-explicit-constructor)
     JsonValue(const Value& scalar);              // NOLINT(google-explicit-constructor)
-    JsonValue(const JsonValue& other);
+    JsonValue(const JsonValue&) = default;
     JsonValue(JsonValue&&) noexcept = default;
-    /// Also from a part of this value, and into a part of the other.
+    /// One of the two may be a part of the other.
     JsonValue& operator=(const JsonValue& other);
     JsonValue& operator=(JsonValue&& other) noexcept;
     ~JsonValue();
@@ -85,15 +84,12 @@ private:
     enum class Kind { Scalar, Array, Object };
     friend class JsonText;
 
-    /// Makes this value an empty one of that kind, unless it is of that kind already.
-    void become(Kind kind);
     void swap(JsonValue& other) noexcept;
 
     Kind mKind = Kind::Scalar;
     Value mScalar;
-    // Each value has a place of its own, so that references outlive the growth of what holds them.
-    std::vector<std::pair<std::string, std::unique_ptr<JsonValue>>> mMembers;  // of an object
-    std::vector<std::unique_ptr<JsonValue>> mElements;                         // of an array
+    std::vector<std::pair<std::string, JsonValue>> mMembers;  // of an object
+    std::vector<JsonValue> mElements;                         // of an array
 };
 
 }  // namespace Public::Base

@@ -32,8 +32,8 @@ ORV_PLATFORM_API void printer(LOG_Level level, const char* file, const char* fun
 
 /// Sends every later entry to the sink instead of stderr; an empty one restores stderr. The sink is called on the
 /// logging thread, on several at once. May be called while other threads run.
-/// The default writes a line of time, level, thread, source path, function, line and text; line ends within the text
-/// are written as "\n" and "\r".
+/// The default writes one line of time, level, thread, source path, function, line and text: line ends at the end of
+/// the text go, other control characters are written as escapes.
 ORV_PLATFORM_API void setLogSink(const Function<void(const LogEntry&)>& sink);
 
 }  // namespace Public::Base

@@ -22,12 +22,11 @@ public:
 
     enum class Result {
         Mapped,
-        CannotOpen,  ///< no such file, no right to read it, a directory, or a pipe
+        CannotOpen,  ///< no such file, no right to read it, or a directory
         CannotMap,   ///< it is there but cannot be mapped; an empty file is one of these
     };
     /// Opens for reading, sharing with other readers. The last part of the path is found without regard to case where
     /// no entry of the exact name is there.
-    /// Each failure is recorded for ErrorInfo::getLastError.
     Result open(const std::string& path);
     void close();
     const unsigned char* data() const { return mData; }
@@ -87,13 +86,12 @@ public:
 
     /// Starts a program with raised rights and does not wait for it: "runas" on Windows; on POSIX directly for root and
     /// through pkexec for others. A file that the kernel will not execute is given to /bin/sh.
-    /// @return false when it cannot be started (ErrorInfo::getLastError); pkexec has started before it asks, so a
-    /// refusal there does not show
+    /// @return false when it cannot be started (ErrorInfo::getLastError)
     static bool startElevated(const ProgramStart& start);
     /// Starts a program with the rights of this one. @return false only when the system gives no handle at all
     static bool startPlain(const ProgramStart& start);
-    /// Puts a function in the place of both starts, for tests and demonstrations; an empty one restores them. Its
-    /// result is theirs.
+    /// Puts a function in the place of both starts, for tests and demonstrations; an empty one restores them. Its result
+    /// is theirs.
     static void setProgramStarter(const Function<bool(const ProgramStart&)>& starter);
 };
 

@@ -2,6 +2,7 @@
 #include "Public/Base/File.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -48,13 +49,18 @@ bool File::open(int mode) { return open(mPath, mode); }
 bool File::open(const std::string& path, int mode) {
     close();
     mPath = path;
+    mReadFailed = false;
     std::string native;
     const int flags = flagsOf(mode);
     if (flags < 0) return failWith(EINVAL);
     if (!toNativePath(mPath, native)) return false;
-    const int fd = openNative(native, flags, kNewFile);
-    if (fd < 0) return false;
-    mHandle = std::make_unique<Handle>(fd);
+    const int fd = openRetrying(native, flags, kNewFile);
+    if (fd < 0) return failWithErrno();
+    auto handle = std::make_unique<Handle>(fd);
+    struct stat status {};
+    if (::fstat(fd, &status) != 0) return failWithErrno();
+    if (S_ISDIR(status.st_mode)) return failWith(EISDIR);
+    mHandle = std::move(handle);
     return true;
 }
 
@@ -67,16 +73,11 @@ size_t File::read(void* data, size_t length) {
         failWith(EBADF);
         return 0;
     }
-    bool sound = true;
-    return readUntil(data, length, sound);
-}
-
-size_t File::readUntil(void* data, size_t length, bool& sound) {
     size_t done = 0;
     while (done < length) {
         const ssize_t got = ::read(mHandle->fd, static_cast<char*>(data) + done, length - done);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) sound = failWithErrno();
+        if (got < 0) mReadFailed = !failWithErrno();
         if (got <= 0) break;
         done += static_cast<size_t>(got);
     }
@@ -92,10 +93,8 @@ size_t File::write(const void* data, size_t length) {
     while (done < length) {
         const ssize_t put = ::write(mHandle->fd, static_cast<const char*>(data) + done, length - done);
         if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) {
-            put < 0 ? failWithErrno() : failWith(ENOSPC);
-            break;
-        }
+        if (put < 0) failWithErrno();
+        if (put <= 0) break;
         done += static_cast<size_t>(put);
     }
     return done;

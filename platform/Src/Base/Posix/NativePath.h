@@ -1,6 +1,8 @@
 // Paths as this system takes them.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 namespace Public::Base {
@@ -12,9 +14,8 @@ bool toNativePath(const std::string& path, std::string& native);
 bool failWithErrno();
 bool failWith(int nativeError);
 
-/// Opens a file, never waiting for the other end of a pipe. Directories, pipes and sockets are refused.
-/// @return -1, recording the failure
-int openNative(const std::string& native, int flags, unsigned permissions = 0);
+/// Opens a native path, closed on exec; goes on after a signal. @return -1 with errno
+int openRetrying(const std::string& native, int flags, mode_t permissions = 0);
 
 /// The path with its last part in the case in which the directory has it, where no entry of the exact name is there.
 std::string findRegardlessOfCase(const std::string& native);

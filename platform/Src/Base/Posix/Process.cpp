@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
-#include <cstdint>
 
 #include "Public/Base/Clock.h"
 #include "Public/Base/Thread.h"
@@ -36,17 +35,17 @@ bool waitByLooking(unsigned int processId, unsigned int timeoutMs) {
 unsigned int Process::getProcessId() { return static_cast<unsigned int>(::getpid()); }
 
 bool Process::waitForExit(unsigned int processId, unsigned int timeoutMs) {
+    using namespace std::chrono;
     if (processId == 0 || processId > INT_MAX) return true;
     const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0));
     if (handle < 0) return errno == ESRCH || waitByLooking(processId, timeoutMs);
     pollfd ended{handle, POLLIN, 0};
-    using namespace std::chrono;
     const auto deadline = steady_clock::now() + milliseconds(timeoutMs);
     int found = 0;
-    do {  // a signal must not begin the wait anew
-        const auto left = ceil<milliseconds>(deadline - steady_clock::now()).count();
+    do {
+        const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
         found = ::poll(&ended, 1, static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX)));
-    } while (found < 0 && errno == EINTR);
+    } while ((found < 0 && errno == EINTR) || (found == 0 && steady_clock::now() < deadline));
     ::close(handle);
     return found > 0;
 }

@@ -1,0 +1,207 @@
+#!/usr/bin/env python3
+"""Writes the seeds of the fuzz targets to fuzz/corpus. Needs makensis, openssl and osslsigncode.
+
+Packages come from the package compiler; their stubs are cut down to a program head that holds the version resource, so
+that an input stays a few kilobytes long.
+"""
+import json
+import pathlib
+import shutil
+import struct
+import subprocess
+import tempfile
+import zlib
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+CORPUS = ROOT / "fuzz" / "corpus"
+SECTOR = 512
+
+
+def put(target, name, content):
+    path = CORPUS / target / name
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(content.encode() if isinstance(content, str) else content)
+
+
+def run(*command):
+    subprocess.run([str(word) for word in command], check=True, capture_output=True)
+
+
+def program(section=b"", directories=None, is64=True, address=0x1000):
+    """A PE file with one section behind a head of one sector."""
+    data = section + bytes(-len(section) % SECTOR)
+    fixed = 112 if is64 else 96
+    optional = bytearray(fixed + 16 * 8)
+    struct.pack_into("<H", optional, 0, 0x20B if is64 else 0x10B)
+    struct.pack_into("<I", optional, fixed - 4, 16)
+    for index, (where, size) in (directories or {}).items():
+        struct.pack_into("<II", optional, fixed + 8 * index, where, size)
+    struct.pack_into("<II", optional, 32, 0x1000, SECTOR)  # alignments
+    struct.pack_into("<II", optional, 56, 0x2000, SECTOR)  # sizes of image and head
+    head = b"MZ" + bytes(58) + struct.pack("<I", 64) + b"PE\0\0"
+    head += struct.pack("<HHIIIHH", 0x8664 if is64 else 0x14C, 1, 0, 0, 0, len(optional), 0x22)
+    head += bytes(optional)
+    head += struct.pack("<8sIIIIIIHHI", b".data", len(section), address, len(data), SECTOR, 0, 0, 0, 0, 0x40000040)
+    return head.ljust(SECTOR, b"\0") + data
+
+
+def resources(version):
+    """A resource section with only a version."""
+    row = lambda number, offset: bytes(12) + struct.pack("<HHII", 0, 1, number, offset)
+    table = row(16, 0x80000018) + row(1, 0x80000030) + row(1033, 72)
+    return table + struct.pack("<IIII", 0x1000 + 88, len(version), 0, 0) + version
+
+
+def small_package(package):
+    """The package behind a stub of only its version resource, with a fresh checksum where it had one."""
+    start = package.index(b"\xef\xbe\xad\xdeNullsoftInst") - 4
+    flags, = struct.unpack_from("<I", package, start)
+    length, = struct.unpack_from("<I", package, start + 24)
+    mark = "VS_VERSION_INFO".encode("utf-16-le")
+    section = b""
+    if mark in package[:start]:
+        at = package.index(mark) - 6
+        section = resources(package[at:at + struct.unpack_from("<H", package, at)[0]])
+    small = program(section, {2: (0x1000, len(section))} if section else None, is64=False)
+    small += package[start:start + length]
+    if not flags & 4 or flags & 8:
+        small = small[:-4]
+        small += struct.pack("<I", zlib.crc32(small[SECTOR:]))
+    return small
+
+
+def packages(work):
+    # Most without a checksum, which a change of any byte would break before the items are reached.
+    variants = {
+        "lzma-solid": ["-c", "lzma"],
+        "lzma-solid-checked": ["-c", "lzma", "-l", "msi", "--checksum", "on"],
+        "lzma-items": ["-c", "lzma", "--separate", "-b", "32"],
+        "zlib-solid": ["-c", "zlib", "-l", "msi"],
+        "zlib-items": ["-c", "zlib", "--separate", "-l", "msi"],
+        "bzip2-solid": ["-c", "bzip2", "-l", "msi", "--no-version"],
+        "bzip2-items-ansi": ["-c", "bzip2", "--separate", "--ansi", "-l", "msi"],
+    }
+    for name, options in variants.items():
+        out = work / "package.exe"
+        run(ROOT / "scripts/make-package.sh", "-s", "0", "--checksum", "off", *options, out)
+        put("package_reader", name, small_package(out.read_bytes()))
+
+
+def import_section(names, address=0x1000):
+    table, texts = b"", b""
+    behind = address + 20 * (len(names) + 1)
+    for name in names:
+        table += struct.pack("<IIIII", behind, 0, 0, behind + len(texts), behind)
+        texts += name.encode() + b"\0"
+    return table + bytes(20) + texts
+
+
+def programs(work):
+    for bits in (32, 64):
+        section = import_section(["kernel32.dll", "Core.dll", "media.dll"])
+        put("pe_imports", f"pe{bits}", program(section, {1: (0x1000, len(section))}, is64=bits == 64))
+    put("pe_imports", "none", program(b"data"))
+    put("pe_imports", "cut", program(import_section(["a.dll"]), {1: (0x1000, 40)})[:300])
+
+    key, certificate = work / "key.pem", work / "certificate.pem"
+    run("openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-keyout", key,
+        "-out", certificate, "-days", "9000", "-subj", "/CN=Orv Fuzz/O=Orv", "-addext", "extendedKeyUsage=codeSigning")
+    plain = work / "plain.exe"
+    for name, bits, digest in (("signed64", 64, "sha256"), ("signed32-sha1", 32, "sha1")):
+        plain.write_bytes(program(b"content", is64=bits == 64))
+        out = work / f"{name}.exe"
+        run("osslsigncode", "sign", "-certs", certificate, "-key", key, "-h", digest, "-in", plain, "-out", out)
+        put("pe_security", name, out.read_bytes())
+        if bits == 64:
+            put("pe_security", "message", out.read_bytes()[2 * SECTOR + 8:])
+    put("pe_security", "unsigned", program(b"content"))
+
+
+def varint(number):
+    out = b""
+    while number > 127:
+        out += bytes([number & 127 | 128])
+        number >>= 7
+    return out + bytes([number])
+
+
+def field(number, value):
+    if isinstance(value, int):
+        return varint(number << 3) + varint(value & (1 << 64) - 1)
+    value = value.encode() if isinstance(value, str) else value
+    return varint(number << 3 | 2) + varint(len(value)) + value
+
+
+def record(type_id, fields=b""):
+    return varint(15 << 3 | 1) + struct.pack("<Q", type_id) + fields
+
+
+def records():
+    chunk = record(0xD331FC77FD18ABF8, field(1, "{guid}") + field(2, 4096) + field(3, b"MZ\0\1") + field(4, 1024) +
+                   field(5, '{"softversion":"1.0"}'))
+    # Nested records, in every depth and with every member's number.
+    modify = b"".join(field(n, -n) for n in range(1, 4))
+    source = b"".join(field(n, f"text{n}") for n in range(1, 4))
+    user = b""
+    numbers = {4: 4, 7: 7, 8: bytes(range(9)), 9: modify, 10: -1, 11: 2, 12: source, 13: 13, 14: 14}
+    for n in (*range(1, 15), 16, 16, 17):
+        user += field(n, numbers.get(n, f"m{n}"))
+    login = field(1, user) + field(2, "x") + field(3, 3) + field(4, "y") + field(5, 5)
+    put("record_decoder", "document", record(0x710061AED6F261C7, field(1, "[]")))
+    put("record_decoder", "notify", record(0x81D547A257E20437, field(1, "1.11.0.8")))
+    put("record_decoder", "chunk", chunk)
+    put("record_decoder", "modify", record(0x6F7F55BFDC8F6646, modify))
+    put("record_decoder", "source", record(0x387A41617A6DBC88, source))
+    put("record_decoder", "user", record(0x34806B49AF91B59B, user))
+    put("record_decoder", "login", record(0x466D9A1C5290E036, login))
+    authen = record(0x8C3BF01FADC5E937, field(1, login))
+    put("record_decoder", "authen", authen)
+    frame = field(1, 1) + field(2, 77)
+    for n, text in enumerate(("sender", "addressee", "target", "waiter", "/topic", "session"), 3):
+        frame += field(n, text)
+    put("record_decoder", "frame", frame + field(9, -203) + field(10, "lost") + field(11, chunk) + field(12, authen))
+
+
+def documents():
+    cloud = {"softversion": "1.11.0.8", "description": "new", "url": "http://update.orv.example/1.11.0.8.exe"}
+    put("cloud_documents", "one", json.dumps(cloud))
+    put("cloud_documents", "list", json.dumps([cloud, {**cloud, "softversion": "1.12-oem3", "url": ""}, {}]))
+    put("cloud_documents", "nothing", json.dumps({**cloud, "url": ""}))
+    node = {"softversion": "1.11.0.8-b7-rA", "serverid": "s1", "description": "d", "systemType": 1, "systemBits": 64,
+            "versionType": 2, "versionSource": 1}
+    put("node_documents", "one", json.dumps(node))
+    put("node_documents", "list", json.dumps([node, {**node, "systemBits": "32", "softversion": 2.5}, {"softversion": 1}]))
+    put("node_documents", "null", "null")
+    note = {"softversion": "1.11", "updateTime": "2024-05-06 07:08:09", "versionInfo": "better"}
+    put("release_histories", "cloud", json.dumps({"data": {"orvVersionInfo": [note, {**note, "softversion": "1.12"}]}}))
+    told = {"softversion": "1.11", "systemType": 1, "systemBits": 64, "versionType": 1, "versionInfo": "better",
+            "updateTime": "1714950489", "displayIndex": 0}
+    put("release_histories", "node", json.dumps(told))
+    put("release_histories", "nodes", json.dumps([told, {**told, "softversion": "1.12", "displayIndex": "1"}]))
+    put("json_text", "scalars", '[null,true,false,0,-1,1.5e300,18446744073709551615,"\\u00e9\\ud83d\\ude00\\n"]')
+    put("json_text", "tree", '{"a":{"b":[1,[2,[3]]],"b":"again"},"":{}, "c":[]}')
+    put("json_text", "deep", "[" * 64 + "]" * 64)
+    put("json_text", "deeper", "[" * 65 + "]" * 65)
+    put("json_text", "blank", " \t\r\n7 ")
+
+
+def texts():
+    put("version_text", "plain", "1.11.0.8\n1.11.0.8-oem3-b7-rRC_1")
+    put("version_text", "short", "2\n2.0.0.0")
+    put("version_text", "edges", "2147483647.0-b2147483647\n2147483648")
+    put("version_path", "all", "Windows x64 All")
+    put("version_path", "client", "Linux x86 Client")
+    put("version_path", "unknown", "Unknown x64 Server")
+
+
+def main():
+    shutil.rmtree(CORPUS, ignore_errors=True)
+    with tempfile.TemporaryDirectory() as directory:
+        packages(pathlib.Path(directory))
+        programs(pathlib.Path(directory))
+    records()
+    documents()
+    texts()
+
+
+main()
