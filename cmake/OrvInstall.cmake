@@ -7,6 +7,14 @@ install(TARGETS OrvUpdate OrvPlatform OrvPlatformHeaders EXPORT OrvUpdateTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 set_target_properties(OrvUpdate OrvPlatform PROPERTIES INSTALL_RPATH "$ORIGIN")
 
+# The installer and its launcher lie together, as they must beside a host.
+install(TARGETS orvinstaller RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+file(RELATIVE_PATH ORV_LIB_FROM_BIN ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(orvinstaller PROPERTIES INSTALL_RPATH "$ORIGIN;$ORIGIN/${ORV_LIB_FROM_BIN}")
+if(NOT WIN32)
+  install(PROGRAMS ${CMAKE_BINARY_DIR}/programs/orvinstaller/orvInstaller.exe DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
 install(DIRECTORY OrvUpdate/Include/ platform/Include/ Include/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/OrvUpdate
   FILES_MATCHING PATTERN "*.h" PATTERN "*.proto")
@@ -19,5 +27,8 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/OrvUpdateConfigVers
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrvUpdateConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/OrvUpdateConfigVersion.cmake
   DESTINATION ${config_dir})
 
+# It finds the tree by its own place, so that the tree may lie anywhere.
+file(RELATIVE_PATH ORV_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" ORV_PREFIX_FROM_PC ${ORV_PREFIX_FROM_PC})
 configure_file(cmake/OrvUpdate.pc.in OrvUpdate.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrvUpdate.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

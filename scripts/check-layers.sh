@@ -1,52 +1,89 @@
 #!/usr/bin/env bash
-# The layers: the engine and the records see the standard library and the platform's public headers; public headers show
-# no header of the system or of a third party; only Posix/ and Windows/ know which system they are on.
+# The layers: each sees the public headers of its own and of those below it, and the standard library; nothing of the system
+# or of a third party shows in a public header or in the engine; only Posix/ and Windows/ know which system they are on.
+# usage: check-layers.sh [ROOT]     ROOT is another tree than this one, to test the check itself.
 set -euo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd "${1:-$(dirname "${BASH_SOURCE[0]}")/..}"
 
 status=0
-refuse() { # TITLE LINES
-  [ -z "$2" ] && return
-  printf 'layers: %s\n%s\n' "$1" "$2" >&2
+refuse() { # TITLE; the offending lines on standard input
+  local lines
+  lines=$(cat)
+  [ -z "$lines" ] && return
+  printf 'layers: %s\n%s\n' "$1" "$lines" >&2
   status=1
 }
 
-# Every #include of the files named on standard input: FILE:LINE:HEADER
-includes() {
-  xargs -r grep -nHE '^[[:space:]]*#[[:space:]]*include' |
-    sed -E 's/^([^:]+:[0-9]+):[[:space:]]*#[[:space:]]*include[[:space:]]*[<"]([^>"]+)[>"].*/\1:\2/'
+for folder in Include OrvUpdate/Include OrvUpdate/Src platform/Include platform/Src programs; do
+  find "$folder" -name '*.h' | grep -q . || { echo "layers: no headers below $folder" >&2; exit 2; }
+done
+
+# Lines of the files below the folders that match: FILE:LINE:TEXT
+lines() { # REGEX FOLDER...
+  local regex=$1
+  shift
+  { find "$@" -type f \( -name '*.h' -o -name '*.cpp' \) -exec grep -nHE -e "$regex" {} + || true; }
 }
-
+directive='(#|%:|\?\?=)[[:space:]]*(include|import)'
 # Headers of the C++ standard library have no suffix and no folder.
-standard='^[^:]+:[0-9]+:[a-z_]+$'
-sources() { git ls-files --cached --others --exclude-standard "$@"; }
+standard='^[^:]+:[0-9]+:[[:space:]]*#[[:space:]]*include[[:space:]]*<[a-z_]+>[[:space:]]*(//.*)?$'
 
-known_project_header() { # keeps the lines whose header is none of this project's
-  while IFS= read -r line; do
-    header=${line##*:}
+quoted='^[^:]+:[0-9]+:[[:space:]]*#[[:space:]]*include[[:space:]]*"([^"]+\.h)"[[:space:]]*(//.*)?$'
+any='include[[:space:]]*[<"]([^">]+)[">]'
+
+# Keeps the includes below FOLDER that are neither standard nor found from one of VISIBLE, without a way up or out.
+foreign() { # FOLDER VISIBLE...
+  local folder=$1 line file header visible
+  shift
+  lines "$directive" "$folder" | { grep -vE "$standard" || true; } | while IFS= read -r line; do
     file=${line%%:*}
-    for folder in platform/Include Include OrvUpdate/Include OrvUpdate/Src "$(dirname "$file")"; do
-      [ -f "$folder/$header" ] && continue 2
-    done
+    header=
+    [[ $line =~ $quoted ]] && header=${BASH_REMATCH[1]}
+    if [ -n "$header" ] && [[ /$header/ != */../* && $header != /* ]]; then
+      for visible in "$@" "${file%/*}"; do
+        [ -f "$visible/$header" ] && continue 2
+      done
+    fi
     printf '%s\n' "$line"
   done
 }
 
-refuse 'the engine, the records and public headers include only the standard library and public headers of this project' \
-  "$(sources 'OrvUpdate/*.h' 'OrvUpdate/*.cpp' 'Include/*.h' 'platform/Include/*.h' | includes |
-    { grep -vE "$standard" || true; } | known_project_header)"
+allowed='only the standard library and public headers of its own layer and those below'
+refuse "records: $allowed" \
+  < <(foreign Include Include platform/Include)
+refuse "platform's public headers: $allowed" \
+  < <(foreign platform/Include platform/Include Include)
+refuse "the engine's public headers: $allowed" \
+  < <(foreign OrvUpdate/Include OrvUpdate/Include platform/Include Include)
+refuse "the engine: $allowed" \
+  < <(foreign OrvUpdate/Src OrvUpdate/Src OrvUpdate/Include platform/Include Include)
+
+refuse 'code lies in .h and .cpp files' \
+  < <(find OrvUpdate/Include OrvUpdate/Src platform/Include Include -type f ! -name '*.h' ! -name '*.cpp' ! -name '*.proto')
 
 refuse 'no platform #ifdef in the engine or the records' \
-  "$(sources 'OrvUpdate/*.h' 'OrvUpdate/*.cpp' 'Include/*.h' | grep -v 'Export\.h$' |
-    xargs -r grep -nHE '^[[:space:]]*#[[:space:]]*(if|ifdef|ifndef|elif).*(_WIN32|__linux__|__unix__|_MSC_VER|__APPLE__)' || true)"
+  < <(lines '^[[:space:]]*(#|%:|\?\?=)[[:space:]]*(if|ifdef|ifndef|elif|elifdef)\b.*(WIN32|WIN64|MINGW|CYGWIN|MSC_VER|linux|unix|APPLE|ANDROID|GNUC|GLIBC|POSIX|has_include)' OrvUpdate Include)
 
+refuse 'the engine declares nothing of the system by itself' \
+  < <(lines 'extern[[:space:]]+"C"' OrvUpdate Include)
+
+systems='windows|win[a-z]+\.h|ws2|wsa|io\.h|direct\.h|process\.h|shlobj|shellapi|softpub|unistd|fcntl|dirent|poll|spawn|pwd|grp|pthread|sched|signal\.h|termios|syslog|netdb|dlfcn|ifaddrs|sys/|linux/|net/|netinet/|arpa/'
 refuse 'headers of one system only below Posix/ and Windows/' \
-  "$(sources 'platform/Src/*.cpp' 'platform/Src/*.h' | { grep -vE '/(Posix|Windows)/' || true; } |
-    xargs -r grep -nHE '#[[:space:]]*include[[:space:]]*<(windows|winsock|unistd|fcntl|dirent|poll|spawn|pwd|sys/|linux/|netinet/|arpa/)' || true)"
+  < <(lines "${directive}[[:space:]]*[<\"](${systems})" platform/Src | { grep -vE '^[^:]*/(Posix|Windows)/' || true; })
 
-refuse 'programs use only what is installed' \
-  "$(sources 'programs/*.h' 'programs/*.cpp' |
-    xargs -r grep -nHE '#[[:space:]]*include[[:space:]]*"(OrvVersion|VersionRequest|OrvDownload|OrvInstaller|VersionService|OrvBackup)/' || true)"
+refuse 'the platform knows nothing of the engine' < <(
+  while IFS= read -r line; do
+    header=
+    [[ $line =~ $any ]] && header=${BASH_REMATCH[1]}
+    if [ -f "OrvUpdate/Include/$header" ] || [ -f "OrvUpdate/Src/$header" ]; then printf '%s\n' "$line"; fi
+  done < <(lines "$directive" platform/Src))
+
+refuse 'programs use only what is installed' < <(
+  while IFS= read -r line; do
+    header=
+    [[ $line =~ $any ]] && header=${BASH_REMATCH[1]}
+    [[ /$header/ != */../* ]] && [ ! -f "OrvUpdate/Src/$header" ] && [ ! -f "platform/Src/$header" ] || printf '%s\n' "$line"
+  done < <(lines "$directive" programs))
 
 [ "$status" = 0 ] && echo "layers hold"
 exit "$status"

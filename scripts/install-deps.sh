@@ -22,7 +22,7 @@ done
 as_root=()
 if [ "$(id -u)" != 0 ]; then
   command -v sudo >/dev/null || { echo "install-deps: run as root once, to install: ${missing[*]}" >&2; exit 1; }
-  as_root=(sudo)
+  as_root=(sudo env DEBIAN_FRONTEND=noninteractive)
 fi
 echo "== install: ${missing[*]}"
 log=$(mktemp)

@@ -19,8 +19,8 @@
 # The same options and content give the same bytes. Needs makensis 3.
 set -euo pipefail
 
-version=1.0.0.0 bits=64 layout=tree input= size=24 compressor=lzma solid=/SOLID unicode=true checksum=on
-product='Orv Suite' comment= resource=1 out=
+version=1.0.0.0 bits=64 layout=tree input='' size=24 compressor=lzma solid=/SOLID unicode=true checksum=on
+product='Orv Suite' comment='' resource=1 out=''
 
 usage() { sed -n '2,/^# The same/p' "$0" | sed 's/^# \{0,1\}//' >&2; exit 2; }
 die() { echo "make-package: $*" >&2; exit 1; }

@@ -6,6 +6,7 @@ build=$1
 work=$2
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 rm -rf "$work"
+work="$work/with a blank"
 mkdir -p "$work"
 cmake --install "$build" --prefix "$work/prefix" >"$work/install.log"
 
@@ -17,7 +18,12 @@ cmake --build "$work/cmake" >"$work/build.log"
 
 pc=$(dirname "$(find "$work/prefix" -name OrvUpdate.pc)")
 export PKG_CONFIG_PATH=$pc
-sed -i "s#^prefix=.*#prefix=$work/prefix#" "$pc/OrvUpdate.pc"
-# shellcheck disable=SC2046
-c++ $flags "$source/main.cpp" $(pkg-config --cflags --libs OrvUpdate) -Wl,-rpath,"$(pkg-config --variable=libdir OrvUpdate)" -o "$work/by-pkg-config"
+# Its answer is quoted as a shell reads it.
+eval "c++ $flags \"\$source/main.cpp\" $(pkg-config --cflags --libs OrvUpdate) -Wl,-rpath,\"\$(dirname \"\$pc\")\" -o \"\$work/by-pkg-config\""
 "$work/by-pkg-config" "$work/store" | grep -x 'start 0, version 1.11.0.8, 0 packages'
+
+# The installer runs from there too; without arguments it tells how it is used.
+status=0
+"$work/prefix/bin/orvinstaller" 2>"$work/usage" || status=$?
+[ "$status" = 2 ] && grep -q '^usage: orvinstaller PACKAGE' "$work/usage"
+[ -x "$work/prefix/bin/orvInstaller.exe" ]
