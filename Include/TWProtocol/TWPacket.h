@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Public/Base/PlatformExport.h"
 #include "Public/Base/SharedBuffer.h"
@@ -20,26 +22,40 @@ enum TWProtoMessageLevel : int {
 /// Appends fields in the protobuf wire format (protobuf.dev, "Encoding"). Fields at their default are left out.
 class ORV_PLATFORM_API TWFieldWriter {
 public:
+    /// As a varint; negative numbers are sign-extended to 64 bits.
     void number(uint32_t field, uint64_t value);
-    /// Always written.
-    void fixed64(uint32_t field, uint64_t value);
     void text(uint32_t field, std::string_view bytes);
-    /// One of a repeated field; written when empty too.
+    /// One element of a repeated text: written also when it is empty.
     void element(uint32_t field, std::string_view bytes);
     /// A nested record, left out when all of its fields are.
     void record(uint32_t field, const struct TWPacket& nested);
+    /// One element of a repeated record: written also when all of its fields are left out.
+    void element(uint32_t field, const struct TWPacket& nested);
+    /// Eight bytes, lowest first; written also when the value is 0.
+    void fixed(uint32_t field, uint64_t value);
+    /// Makes room at once for a record of about that size.
+    void reserve(size_t bytes) { mBytes.reserve(bytes); }
     std::string take() { return std::move(mBytes); }
 
 private:
+    void tag(uint32_t field, uint32_t wireType);
+    void varint(uint64_t value);
+
     std::string mBytes;
 };
 
-/// One field as it was read.
+/// One field as it was read. A record is read in two passes: the first finds out whether every field fits and writes
+/// nothing, so that a malformed record leaves its target as it was. Records take part by giving a field to their
+/// members through to() and append() only.
 struct ORV_PLATFORM_API TWField {
+    enum class Kind : uint8_t { Varint, Fixed64, Bytes, Fixed32 };
+
     uint32_t number = 0;
-    bool isBytes = false;    ///< length-delimited; otherwise a varint or a fixed number
+    Kind kind = Kind::Varint;
     uint64_t value = 0;      ///< of a number
     std::string_view bytes;  ///< of a length-delimited field; lives as long as the input
+    bool checking = false;   ///< the first pass: to() and append() write nothing
+    unsigned depth = 0;      ///< of the record that holds the field; nesting beyond 32 is refused
 
     /// Each gives false when the field is of another kind, or the number does not fit.
     bool to(std::string& out) const;
@@ -49,6 +65,17 @@ struct ORV_PLATFORM_API TWField {
     bool to(int64_t& out) const;
     bool to(bool& out) const;
     bool to(struct TWPacket& nested) const;
+    bool to(Public::Base::SharedBuffer& out) const;
+    /// Adds to a list.
+    bool append(std::vector<std::string>& list) const;
+    /// Adds a record to a list; the target of the first pass is a scratch element.
+    template <class Record>
+    bool append(std::vector<Record>& list) const {
+        Record fresh;
+        if (!to(fresh)) return false;
+        if (!checking) list.push_back(std::move(fresh));
+        return true;
+    }
 };
 
 /// A record. The encoding of a body is: field 15 as a fixed 64-bit number, the typeId, in front; then the members by
@@ -71,8 +98,8 @@ struct ORV_PLATFORM_API TWPacket {
     /// The bytes as they travel in a body; null gives no bytes.
     static Public::Base::SharedBuffer serializeAsBytes(const TWPacket* record);
     static Public::Base::SharedBuffer serializeAsBytes(const TWPacket& record);
-    /// Reads such bytes into a fresh record. @return false for another typeId, a wrong kind or length, or truncation; the
-    /// record may then hold some of the members
+    /// Reads such bytes into a record. @return false for another typeId, a wrong kind or length, or truncation; the
+    /// record is as it was then
     static bool parseBytes(std::string_view bytes, TWPacket& record);
 };
 

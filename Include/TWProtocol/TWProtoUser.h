@@ -1,20 +1,23 @@
-// The user's authentication, which rides beside a message. The engine only passes it on.
+// The user's authentication, which rides beside a message.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <list>
 #include <string>
+#include <vector>
 
 #include "Public/Base/ObjCounter.h"
 #include "TWProtocol/TWPacket.h"
 
 namespace Tarnwick::Protocol {
 
-/// Members whose meaning is the user system's bear neutral names; they travel unread.
+// These records belong to the user system. The update engine copies them from a received message into the forwarded one
+// and reads nothing but `userName`; the members that it gives no meaning are named by their kind and place.
+
 struct ORV_PLATFORM_API TWProtoUserForceModifyInfo : TWPacket {
-    int64_t value1 = 0;
-    int64_t value2 = 0;
-    int64_t value3 = 0;
+    uint64_t value1 = 0;
+    uint64_t value2 = 0;
+    uint64_t value3 = 0;
 
     const char* typeName() const override { return "TWProtoUserForceModifyInfo"; }
     uint64_t typeId() const override { return 0x6f7f55bfdc8f6646ULL; }
@@ -41,21 +44,21 @@ private:
 
 struct ORV_PLATFORM_API TWProtoUserInfo : TWPacket {
     std::string text1;
-    std::string userName;  ///< the one member that the engine reads: a message without it carries no user
+    std::string userName;
+    std::string text2;
+    uint64_t value1 = 0;
     std::string text3;
-    int64_t value4 = 0;
-    std::string text5;
-    std::string text6;
-    int64_t value7 = 0;
-    std::string flags = std::string(9, '\0');  ///< nine bytes of flags and small numbers
+    std::string text4;
+    uint64_t value2 = 0;
+    std::array<uint8_t, 9> flags{};  ///< flags and small numbers; travels as nine bytes
     TWProtoUserForceModifyInfo forceModify;
-    int32_t value10 = 0;
-    int32_t value11 = 0;
+    uint32_t number1 = 0;
+    uint32_t number2 = 0;
     TWProtoUserLdapSourceDetail ldapSource;
-    int64_t value13 = 0;
-    int64_t value14 = 0;
-    std::list<std::string> records;  ///< each in its encoded form
-    std::string text16;
+    uint64_t value3 = 0;
+    uint64_t value4 = 0;
+    std::vector<std::string> records;  ///< the bytes of each, unread
+    std::string text5;
 
     const char* typeName() const override { return "TWProtoUserInfo"; }
     uint64_t typeId() const override { return 0x34806b49af91b59bULL; }
@@ -63,15 +66,17 @@ struct ORV_PLATFORM_API TWProtoUserInfo : TWPacket {
     bool readField(const TWField& field) override;
 
 private:
+    bool readFlags(const TWField& field);
+
     Public::Base::ObjCounter mCounter{"Include/TWProtocol/TWProtoUser.pb", 1678};
 };
 
 struct ORV_PLATFORM_API TWProtoUserLoginInfo : TWPacket {
     TWProtoUserInfo user;
+    std::string text1;
+    uint64_t value1 = 0;
     std::string text2;
-    int64_t value3 = 0;
-    std::string text4;
-    int64_t value5 = 0;
+    uint64_t value2 = 0;
 
     const char* typeName() const override { return "TWProtoUserLoginInfo"; }
     uint64_t typeId() const override { return 0x466d9a1c5290e036ULL; }
@@ -82,6 +87,7 @@ private:
     Public::Base::ObjCounter mCounter{"Include/TWProtocol/TWProtoUser.pb", 2194};
 };
 
+/// Never a body; it is beside one.
 struct ORV_PLATFORM_API TWProtoAuthUserInfo : TWPacket {
     TWProtoUserLoginInfo login;
 

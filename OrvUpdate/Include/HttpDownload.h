@@ -15,18 +15,19 @@
 
 namespace Tarnwick::OrvUpdate {
 
-/// Streams the body of one GET into the package's final file. Held by std::shared_ptr by the version that it belongs to,
-/// of which it keeps a weak reference. Callbacks run on a thread of the IOWorker, or on the caller's when the package was
-/// already sound.
-/// Received bytes, total and progress are set at construction only: a second run counts on from the old figures.
+/// Streams the body of one GET into the package's final file. Held by std::shared_ptr by the version that it belongs
+/// to, of which it keeps a weak reference. Callbacks run on a thread of the IOWorker, or on the caller's when the
+/// package was already sound, in ascending order of their keys and with no lock held: they may start, cancel or release
+/// the transfer. They are kept, so a further run calls them again. Received bytes, total and progress are set at
+/// construction only: a second run counts on from the old figures.
 class ORV_UPDATE_API HttpDownload : public IDownload, public std::enable_shared_from_this<HttpDownload> {
 public:
     HttpDownload(std::shared_ptr<IOWorker> ioWorker, const std::shared_ptr<OrvVersion>& version);
     /// Stops; what was written stays on disk.
     ~HttpDownload() override;
 
-    /// While a transfer runs, only adds the callback. @return -1 when the version is gone or the request is refused, -602
-    /// when the file cannot be opened; no callback then
+    /// While a transfer runs, only adds the callback. @return -1 when the version is gone or the request is refused,
+    /// -602 when the file cannot be opened; no callback then
     ErrorInfo start(const Function<void()>& callback, void* key) override;
     /// With a null key.
     ErrorInfo start(const Function<void()>& callback) override;
@@ -41,9 +42,12 @@ public:
     bool finish() override;
 
 private:
+    friend struct HttpDownloadAccess;  // tests of what no well-made client delivers
+
     ErrorInfo start();
     ErrorInfo begin(bool& arrived);
-    ErrorInfo fetch(const std::shared_ptr<OrvVersion>& version, const std::string& path);
+    ErrorInfo fetch(const std::string& url, const std::string& path);
+    std::shared_ptr<Public::Network::HTTPClientRequest> makeRequest(const std::string& url);
     void notifyFinish();
     void endExchange();
     void onHttpFinishCallback(const std::shared_ptr<Public::Network::HTTPClient>& client,
@@ -52,10 +56,12 @@ private:
     void onRecvDataCallback(const std::weak_ptr<Public::Network::Socket>& socket,
                             const std::shared_ptr<Public::Network::HTTPHeader>& header, const char* data,
                             unsigned int length);
+    bool isWhole(int status) const;
+    bool settle(const std::shared_ptr<Public::Base::File>& file, bool whole, const std::string& unfit);
     void setError(const ErrorInfo& error);
 
-    mutable std::mutex mStateMutex;  // guards mHttpClient, mFile, mFileName, mError; the innermost lock
-    std::shared_ptr<Public::Network::HTTPClient> mHttpClient;  // set while a request runs
+    std::mutex mStateMutex;  // guards mHttpClient, mFile, mFileName, mError; the innermost lock
+    std::shared_ptr<Public::Network::HTTPClient> mHttpClient;  // the run's sign: a callback of any other does nothing
     std::shared_ptr<Public::Base::File> mFile;                 // open package file; the sign that a transfer runs
     std::weak_ptr<OrvVersion> mVersion;
     std::map<void*, Function<void()>> mCallbacks;

@@ -15,11 +15,12 @@ using Public::Base::Function;
 /// A kind that does not offer an operation returns code -2.
 class ORV_UPDATE_API IInstaller {
 public:
-    /// Tests the version's package on this disk, launches the installer program with raised rights and lets the host end
-    /// itself. Runs to its end on this thread; for host programs.
+    /// Tests the version's package on this disk, launches the installer program with raised rights and lets the host
+    /// end itself. Runs to its end on this thread; for host programs.
     /// @param request a started VersionRequest, whose callbacks are used   @param version whose package is installed
-    /// @return the installer, whose getError tells the outcome; null when the request is of another class or an argument
-    ///         is null
+    /// @return the installer, never null, whose getError tells the outcome: -1 when the request is of another class or
+    /// an
+    ///         argument is null; nothing has been done then
     static std::shared_ptr<IInstaller> createLocalInstaller(const std::shared_ptr<IVersionRequest>& request,
                                                             const std::shared_ptr<IVersion>& version,
                                                             const std::string& installDir);

@@ -58,9 +58,10 @@ public:
     static bool createAdminisratorProcess(const std::string& program, const std::vector<Public::Base::Value>& arguments,
                                           bool show);
     /// The package test. Decompresses the package in full, writes nothing. Runs on the calling thread.
-    /// @return 0; -416 no such file; -302 not a readable package, badly signed, unsigned and not whole, or undecodable;
-    ///         -606 the reader reported an error; -308 it lacks the client or the server; -428 of another version or
-    ///         word size
+    /// @return 0; -416 no such file; -302 not a readable package, badly signed, or unsigned and not whole; -606 the
+    /// reader
+    ///         reported an error, such as content that does not decode; -308 it lacks the client or the server; -428 of
+    ///         another version or word size
     static ErrorInfo checkPackage(const std::string& path, const std::string& versionText, int systemBits);
 
 private:

@@ -23,8 +23,8 @@ struct RunningInstall;
 struct StoreCache;
 
 /// Owns the catalogue and the release notes, knows the running version and the store, and holds the connection to the
-/// queue. Must be owned by a std::shared_ptr, which the factories of IVersionRequest see to: otherwise start and the HTTP
-/// requests throw std::bad_weak_ptr. Entered by the host's threads, the IOWorker's and the queue's.
+/// queue. Must be owned by a std::shared_ptr, which the factories of IVersionRequest see to: otherwise start and the
+/// HTTP requests throw std::bad_weak_ptr. Entered by the host's threads, the IOWorker's and the queue's.
 class ORV_UPDATE_API VersionRequest : public IVersionRequest,
                                       public IGetServerId,
                                       public std::enable_shared_from_this<VersionRequest> {
@@ -127,6 +127,8 @@ private:
     // Install.cpp
     void onPackageArrived(const std::shared_ptr<RunningInstall>& install);
     void releaseInstall(const std::shared_ptr<RunningInstall>& install);
+    /// Lets go of the installations that wait for this transfer.
+    void dropInstalls(const std::shared_ptr<IDownload>& transfer);
 
     // VersionRequest.cpp
     std::shared_ptr<Tarnwick::MQ::MQMessage> onNewestVersionNotify(
@@ -140,9 +142,9 @@ private:
     VersionSet snapshot();
 
     std::shared_ptr<IOWorker> mIOWorker;
-    std::mutex mStartMutex;          // orders start and stop; the outermost lock
-    mutable std::mutex mStateMutex;  // guards the two versions and mDownloadDir; an innermost lock
-    std::list<Version> mCurVersions; // the last one is in force; older ones stay for references handed out
+    std::mutex mStartMutex;           // orders start and stop; the outermost lock
+    mutable std::mutex mStateMutex;   // guards the two versions and mDownloadDir; an innermost lock
+    std::list<Version> mCurVersions;  // the last one is in force; older ones stay for references handed out
     Version mRequestVersion;
     std::mutex mVersionMutex;  // guards the two sets; never held across a callback
     VersionSet mVersions;

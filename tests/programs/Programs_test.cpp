@@ -1,5 +1,8 @@
 // The programs as a user starts them.
 #include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 #include "FileText.h"
 #include "HttpFileServer.h"
@@ -12,17 +15,72 @@ using support::writeText;
 
 namespace {
 
-/// Runs a command line. @return its exit status
-int run(const std::string& commandLine) { return WEXITSTATUS(std::system(commandLine.c_str())); }
+/// Runs a command line. @return its exit status, or -1 when a signal ended it
+int run(const std::string& commandLine) {
+    const int status = std::system(commandLine.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
 
 std::string quoted(const std::string& text) { return "'" + text + "'"; }
 
 TEST(Programs, DemonstrationEndsWithEverythingAsExpected) {
     const support::TempDir dir;
-    EXPECT_EQ(run("TMPDIR=" + quoted(dir.path()) + " " + quoted(ORV_DEMO) + " > " + quoted(dir.path() + "/out")), 0)
+    const std::string temporary = dir.path() + "/with blank, $HOME and \xC3\xA9";
+    std::filesystem::create_directories(temporary);
+    EXPECT_EQ(run("TMPDIR=" + quoted(temporary) + " " + quoted(ORV_DEMO) + " > " + quoted(dir.path() + "/out")), 0)
         << readText(dir.path() + "/out").value_or("");
     EXPECT_NE(readText(dir.path() + "/out").value_or("").find("\nEverything was as expected.\n"), std::string::npos);
     EXPECT_EQ(support::filesBelow(dir.path()), std::set<std::string>{"out"});
+}
+
+TEST(Programs, DemonstrationWithoutATemporaryDirectorySaysSo) {
+    const support::TempDir dir;
+    EXPECT_EQ(run("TMPDIR=/dev/null/none " + quoted(ORV_DEMO) + " > /dev/null 2> " + quoted(dir.path() + "/err")), 1);
+    EXPECT_NE(readText(dir.path() + "/err").value_or("").find("orvdemo: "), std::string::npos);
+}
+
+TEST(Programs, DemonstrationRefusesOptionsThatItDoesNotKnow) {
+    EXPECT_EQ(run(quoted(ORV_DEMO) + " --fast > /dev/null 2>&1"), 2);
+}
+
+TEST(Programs, InstallerReportsThatItsArgumentsAreBad) {
+    const support::TempDir dir;
+    const std::string report = dir.path() + "/report.json";
+    EXPECT_EQ(run(quoted(ORV_INSTALLER) + " /p /i server 1 " + quoted(report) + " '' 1 2> /dev/null"), 2);
+    const std::string text = readText(report).value_or("");
+    EXPECT_NE(text.find("\"restored\""), std::string::npos) << text;
+    EXPECT_NE(text.find("ROLE is none of 1 to 5"), std::string::npos) << text;
+}
+
+TEST(Programs, InstallerEndsWhatItHasBegunAlsoWhenItIsAskedToEnd) {
+    const support::TempDir dir;
+    const std::string package = support::makePackage({}, dir.path() + "/package.exe");
+    const std::string report = dir.path() + "/report.json";
+    const pid_t host = ::fork();
+    if (host == 0) {
+        for (;;) ::pause();
+    }
+    const pid_t installer = ::fork();
+    if (installer == 0) {
+        const std::string installed = dir.path() + "/installed", backup = dir.path() + "/backup";
+        ::execl(ORV_INSTALLER, "orvinstaller", package.c_str(), installed.c_str(), "3", std::to_string(host).c_str(),
+                report.c_str(), backup.c_str(), "1", nullptr);
+        ::_exit(127);
+    }
+    // Bits 1, 2 and 15 of the mask are SIGHUP, SIGINT and SIGTERM.
+    const auto ignores = [&] {
+        const std::string status = readText("/proc/" + std::to_string(installer) + "/status").value_or("");
+        const size_t at = status.find("SigIgn:");
+        return at != std::string::npos && (std::stoull(status.substr(at + 7), nullptr, 16) & 0x4003) == 0x4003;
+    };
+    while (!ignores()) std::this_thread::yield();
+    ::kill(installer, SIGTERM);
+    ::kill(host, SIGKILL);
+    ::waitpid(host, nullptr, 0);
+    int status = -1;
+    ::waitpid(installer, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(readText(report).value_or("").find("\"installed\""), std::string::npos);
 }
 
 TEST(Programs, InstallerWithoutItsSevenArgumentsTellsHowItIsUsed) {
@@ -57,7 +115,8 @@ protected:
         std::filesystem::copy_file(ORV_EXAMPLE, mDir.path() + "/program/orvexample");
         const std::string url = mCloud.url("");
         writeText(mDir.path() + "/program/upgrade_domain.json",
-                  "{\"domain\":\"" + url.substr(url.find("//") + 2, url.find('/', url.find("//") + 2) - url.find("//") - 2) + "\"}");
+                  "{\"domain\":\"" +
+                      url.substr(url.find("//") + 2, url.find('/', url.find("//") + 2) - url.find("//") - 2) + "\"}");
     }
     int start() {
         return run(quoted(mDir.path() + "/program/orvexample") + " " + quoted(mDir.path() + "/store") + " " +

@@ -4,9 +4,9 @@
 #include "FileText.h"
 #include "LogRecorder.h"
 #include "PackageMaker.h"
-#include "Public/Base/File.h"
 #include "Public/Base/JsonValue.h"
 #include "Public/Base/Process.h"
+#include "RecordingBackup.h"
 #include "TempDir.h"
 
 using support::filesBelow;
@@ -35,7 +35,8 @@ protected:
     std::string at(const std::string& name) const { return mDir.path() + "/" + name; }
     std::map<std::string, std::string> installed() const {
         std::map<std::string, std::string> files;
-        for (const auto& name : filesBelow(at("installed"))) files[name] = readText(at("installed/" + name)).value_or("");
+        for (const auto& name : filesBelow(at("installed")))
+            files[name] = readText(at("installed/" + name)).value_or("");
         return files;
     }
 
@@ -97,12 +98,46 @@ TEST_F(UpgradeTest, BackupOfAnEarlierUpgradeIsThrownAway) {
     EXPECT_EQ(filesBelow(at("backup")), std::set<std::string>{"OrvServer.exe"});
 }
 
-TEST_F(UpgradeTest, WithoutABackupDirectoryItUsesOneBesideTheProgram) {
-    Public::Base::File::setExcutableFileFullPath(at("program"));
-    order.backupDir.clear();
-    upgrade(order);
-    Public::Base::File::setExcutableFileFullPath("");
-    EXPECT_EQ(readText(at("program/backup/OrvServer.exe")), "old server");
+TEST_F(UpgradeTest, BackupThatCannotBeClearedLeavesEverythingAsItWas) {
+    writeText(at("backup"), "a file");
+    const auto before = installed();
+    const UpgradeOutcome outcome = upgrade(order);
+    EXPECT_EQ(outcome.result, UpgradeOutcome::Result::Restored);
+    EXPECT_TRUE(outcome.error);
+    EXPECT_EQ(installed(), before);
+}
+
+TEST_F(UpgradeTest, FailureLeavesNoNewDirectoryBehindAndTakesNoOldOne) {
+    std::filesystem::create_directories(at("installed/empty"));
+    std::filesystem::create_directories(at("installed/zz.dll"));
+    EXPECT_EQ(upgrade(order).result, UpgradeOutcome::Result::Restored);
+    EXPECT_FALSE(std::filesystem::exists(at("installed/lib")));
+    EXPECT_TRUE(std::filesystem::exists(at("installed/empty")));
+}
+
+TEST_F(UpgradeTest, FailureTakesAnInstallDirectoryThatWasNotThere) {
+    std::string bytes = readText(order.package).value();
+    bytes[bytes.size() - 10] = static_cast<char>(bytes[bytes.size() - 10] ^ 1);
+    writeText(order.package, bytes);
+    order.installDir = at("fresh/installed");
+    EXPECT_EQ(upgrade(order).result, UpgradeOutcome::Result::Restored);
+    EXPECT_FALSE(std::filesystem::exists(order.installDir));
+}
+
+TEST_F(UpgradeTest, ItemThatComesTwiceDoesNotSpoilWhatWasSaved) {
+    RecordingBackup backup(at("backup"), at("installed"));
+    for (const char* content : {"new", "newer"}) {
+        ASSERT_FALSE(
+            backup.backup(content == std::string("new") ? "OrvServer.exe" : ".\\OrvServer.exe", at("installed")));
+        ASSERT_FALSE(backup.backup("added.dll", at("installed")));
+        writeText(at("installed/OrvServer.exe"), content);
+        writeText(at("installed/added.dll"), content);
+    }
+    EXPECT_EQ(backup.saved(), 1U);
+    EXPECT_EQ(backup.added(), 1U);
+    EXPECT_FALSE(backup.undo());
+    EXPECT_EQ(installed(),
+              (std::map<std::string, std::string>{{"OrvServer.exe", "old server"}, {"own.cfg", "settings"}}));
 }
 
 TEST_F(UpgradeTest, EveryRoleOfATreePackageGetsItsOwnFiles) {
@@ -138,13 +173,17 @@ TEST_P(Report, TellsTheOutcome) {
 using Result = UpgradeOutcome::Result;
 INSTANTIATE_TEST_SUITE_P(
     Upgrade, Report,
-    testing::Values(ReportCase{"Installed", {Result::Installed, {}, 3, 4}, "installed", 0, ""},
-                    ReportCase{"Restored", {Result::Restored, {-602, ""}, 3, 4}, "restored", -602,
-                               "an output file cannot be opened"},
-                    ReportCase{"ShortWrite", {Result::Restored, {-603, ""}, 3, 4}, "restored", -603,
-                               "an output file cannot be written"},
-                    ReportCase{"Damaged", {Result::Damaged, {-10028, "No space left on device"}, 3, 4}, "damaged", -10028,
-                               "No space left on device"}),
+    testing::Values(
+        ReportCase{"Installed", {Result::Installed, {}, 3, 4}, "installed", 0, ""},
+        ReportCase{
+            "Restored", {Result::Restored, {-602, ""}, 3, 4}, "restored", -602, "an output file cannot be opened"},
+        ReportCase{
+            "ShortWrite", {Result::Restored, {-603, ""}, 3, 4}, "restored", -603, "an output file cannot be written"},
+        ReportCase{"Damaged",
+                   {Result::Damaged, {-10028, "No space left on device"}, 3, 4},
+                   "damaged",
+                   -10028,
+                   "No space left on device"}),
     [](const auto& each) { return each.param.name; });
 
 TEST(Upgrade, ReportThatCannotBeWrittenIsTold) { EXPECT_FALSE(writeReport("/dev/null/report.json", {})); }

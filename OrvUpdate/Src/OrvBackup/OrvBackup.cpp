@@ -14,16 +14,26 @@ using namespace Public::Base;
 
 namespace {
 
-/// @param name of the file, for the log; one that climbs out of its directory is refused
-ErrorInfo copyFile(const std::string& from, const std::string& to, const std::string& name) {
+/// A name that climbs out of its directory is refused, and so is a directory without a name, which would be the root.
+bool isRefused(const std::string& sourceDir, const std::string& targetDir, const std::string& name) {
+    return sourceDir.empty() || targetDir.empty() || leadsUp(name);
+}
+
+ErrorInfo copyFile(const std::string& sourceDir, const std::string& targetDir, const std::string& name) {
     ErrorInfo error;
-    if (leadsUp(name)) {
+    if (isRefused(sourceDir, targetDir, name)) {
         error = ErrorInfo(ErrorCode_OutputOpen, "");
-    } else if (!File::copy(from, to)) {
+    } else if (!File::copy(sourceDir + "/" + name, targetDir + "/" + name)) {
         error = ErrorInfo::getLastError();
     }
     if (error) ORV_LOG(6, "OrvBackup", "backup fail, name:%s", name);
     return error;
+}
+
+/// Also makes the directory that the copy lies in.
+ErrorInfo copyNamed(const std::string& sourceDir, const std::string& targetDir, const std::string& name) {
+    if (!isRefused(sourceDir, targetDir, name)) makeParentDirectory(targetDir + "/" + name);
+    return copyFile(sourceDir, targetDir, name);
 }
 
 /// What stands behind the directory's path, its separator included.
@@ -50,16 +60,13 @@ void OrvBackup::backupLevel(const std::string& dir, const FileCallback& callback
         }
         // Cut at this level's path, not at the walk's root: the backup is flat.
         const std::string name = behind(dir, entry.fullPath);
-        callback(name, copyFile(entry.fullPath, mBackupDir + "/" + name, name));
+        callback(name, copyFile(dir, mBackupDir, name));
     }
 }
 
 ErrorInfo OrvBackup::backup(const std::string& name, const std::string& dir) {
-    const std::string source = dir + "/" + name;
-    if (!File::access(source, AccessMode_Exists)) return {};
-    const std::string target = mBackupDir + "/" + name;
-    if (!leadsUp(name)) makeParentDirectory(target);
-    return copyFile(source, target, name);
+    if (!File::access(dir + "/" + name, AccessMode_Exists)) return {};
+    return copyNamed(dir, mBackupDir, name);
 }
 
 ErrorInfo OrvBackup::restore(const std::string& dir, const FileCallback& callback) {
@@ -76,14 +83,12 @@ void OrvBackup::restoreLevel(const std::string& level, const std::string& dir, c
             continue;
         }
         const std::string name = behind(mBackupDir, entry.fullPath);
-        callback(name, copyFile(entry.fullPath, dir + "/" + name, name));
+        callback(name, copyFile(mBackupDir, dir, name));
     }
 }
 
 ErrorInfo OrvBackup::restore(const std::string& name, const std::string& dir) {
-    const std::string target = dir + "/" + name;
-    if (!leadsUp(name)) makeParentDirectory(target);
-    return copyFile(mBackupDir + "/" + name, target, name);
+    return copyNamed(mBackupDir, dir, name);
 }
 
 ErrorInfo OrvBackup::clear() {

@@ -1,5 +1,7 @@
 #include "HttpDownload.h"
 
+#include <algorithm>
+
 #include "EngineLog.h"
 #include "ParentDirectory.h"
 #include "VersionRequest.h"
@@ -68,10 +70,10 @@ ErrorInfo HttpDownload::begin(bool& arrived) {
         arrived = true;
         return {};
     }
-    return fetch(version, path);
+    return fetch(version->getUrl(), path);
 }
 
-ErrorInfo HttpDownload::fetch(const std::shared_ptr<OrvVersion>& version, const std::string& path) {
+ErrorInfo HttpDownload::fetch(const std::string& url, const std::string& path) {
     {
         std::lock_guard lock(mStateMutex);
         if (mHttpClient) return {};
@@ -88,13 +90,22 @@ ErrorInfo HttpDownload::fetch(const std::shared_ptr<OrvVersion>& version, const 
         mFileName = path;
         mHttpClient = client;
     }
-    auto request = std::make_shared<HTTPClientRequest>("GET", Public::Base::URL(version->getUrl(), false),
+    // Weak: a callback may have begun at the moment in which the last owner lets go.
+    const auto finished = [weak = weak_from_this()](const auto& ended, const auto& request, const auto& response) {
+        if (const auto self = weak.lock()) self->onHttpFinishCallback(ended, request, response);
+    };
+    return client->request(makeRequest(url), HTTPClient::Completion(finished), "") ? ErrorInfo() : ErrorInfo(-1, "");
+}
+
+std::shared_ptr<HTTPClientRequest> HttpDownload::makeRequest(const std::string& url) {
+    auto request = std::make_shared<HTTPClientRequest>("GET", Public::Base::URL(url, false),
                                                        Public::Network::HTTPCacheType_Stream);
     request->timeout() = kRequestTimeoutMs;
-    request->recvCallback() = HTTPClientRequest::RecvCallback(&HttpDownload::onRecvDataCallback, this);
-    const bool accepted =
-        client->request(request, HTTPClient::Completion(&HttpDownload::onHttpFinishCallback, this), "");
-    return accepted ? ErrorInfo() : ErrorInfo(-1, "");
+    request->recvCallback() = [weak = weak_from_this()](const auto& socket, const auto& header, const char* data,
+                                                        unsigned int length) {
+        if (const auto self = weak.lock()) self->onRecvDataCallback(socket, header, data, length);
+    };
+    return request;
 }
 
 void HttpDownload::onRecvDataCallback(const std::weak_ptr<Socket>&, const std::shared_ptr<HTTPHeader>& header,
@@ -122,35 +133,47 @@ void HttpDownload::onRecvDataCallback(const std::weak_ptr<Socket>&, const std::s
     setError(error);
 }
 
-void HttpDownload::onHttpFinishCallback(const std::shared_ptr<HTTPClient>&, const std::shared_ptr<HTTPClientRequest>&,
+void HttpDownload::onHttpFinishCallback(const std::shared_ptr<HTTPClient>& client,
+                                        const std::shared_ptr<HTTPClientRequest>&,
                                         const std::shared_ptr<HTTPClientResponse>& response) {
-    // A waiter may let go of this object. Where its last owner has done so already, the destructor waits for this call.
-    const auto self = weak_from_this().lock();
-    if (!self) return;
-    std::shared_ptr<HTTPClient> client;
+    std::shared_ptr<HTTPClient> ended;
+    std::shared_ptr<File> file;
     {
-        std::shared_ptr<File> file;
         std::lock_guard lock(mStateMutex);
-        if (!mHttpClient) return;  // stop has taken the exchange away
-        file.swap(mFile);
-        client.swap(mHttpClient);
+        // stop or cancel has taken this exchange away, and another may have begun since.
+        if (!mHttpClient || mHttpClient != client) return;
+        ended.swap(mHttpClient);
+        file = mFile;
     }
-    client.reset();
-
     const int status = response->header()->statuscode;
-    if (status == kStatusOk && mTotal != 0 && mReceived == mTotal) {
+    const bool whole = isWhole(status);
+    std::string unfit;
+    if (!whole) {
+        ORV_LOG(2, "OrvDownload", "download http version fail! statuscode:%d", status);
+        if (const auto version = mVersion.lock()) {
+            unfit = version->getPackageFile();
+            ORV_LOG(2, "OrvDownload", "onHttpFinishCallback() remove fileName:%s\r\n", unfit);
+        }
+    }
+    if (settle(file, whole, unfit)) notifyFinish();
+}
+
+bool HttpDownload::isWhole(int status) const { return status == kStatusOk && mTotal != 0 && mReceived == mTotal; }
+
+/// Ends the run in one step, so that no further run begins between the end of this one and the removal of its file.
+/// @param unfit file to remove, if any   @return false when cancel came first, which calls nobody back
+bool HttpDownload::settle(const std::shared_ptr<File>& file, bool whole, const std::string& unfit) {
+    std::lock_guard lock(mStateMutex);
+    if (!mFile || mFile != file) return false;
+    mFile->close();
+    mFile.reset();
+    if (whole) {
         mFinished = true;
-        notifyFinish();
-        return;
+    } else {
+        if (!unfit.empty()) File::remove(unfit);
+        mError = {-1, ""};
     }
-    ORV_LOG(2, "OrvDownload", "download http version fail! statuscode:%d", status);
-    if (const auto version = mVersion.lock()) {
-        const std::string path = version->getPackageFile();
-        ORV_LOG(2, "OrvDownload", "onHttpFinishCallback() remove fileName:%s\r\n", path);
-        File::remove(path);
-    }
-    setError({-1, ""});
-    notifyFinish();
+    return true;
 }
 
 void HttpDownload::notifyFinish() {

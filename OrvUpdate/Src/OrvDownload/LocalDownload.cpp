@@ -22,8 +22,8 @@ ErrorInfo LocalDownload::start(const Function<void()>& callback) {
     if (mCancelled) return {};
     mFinished = true;
     mProgress = 1.0F;
-    callback();
-    return getError();
+    callback();  // may be the end of this object
+    return {};
 }
 
 ErrorInfo LocalDownload::stop() { return {}; }

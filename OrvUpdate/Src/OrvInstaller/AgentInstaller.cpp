@@ -3,12 +3,12 @@
 #include "DependencyCopy.h"
 #include "EngineLog.h"
 #include "GbkTexts.h"
+#include "InstallerPath.h"
 #include "OrvInstaller.h"
 #include "OrvVersion.h"
 #include "Public/Base/File.h"
 #include "Public/Base/OEMInfo.h"
 #include "Public/Base/Process.h"
-#include "Public/Base/StringEx.h"
 #include "Public/Base/System.h"
 
 namespace Tarnwick::OrvUpdate {
@@ -18,29 +18,6 @@ using namespace Public::Base;
 namespace {
 
 constexpr char kInstallerProgram[] = "\\orvInstaller.exe";
-
-/// The system's drive, or the root that stands for it; empty when the system directory has another form.
-std::string systemDrive() {
-    const std::string directory = System::getSystemDirectory();
-    for (const char* place : {"\\Windows\\system32", "/Windows/system32"}) {
-        const size_t position = StringEx::indexOfByCase(directory, place);
-        if (position != std::string::npos) return directory.substr(0, position);
-    }
-    return {};
-}
-
-const char* roleDirectory(VersionType role) {
-    switch (role) {
-        case VersionType_Client:
-            return "Client\\";
-        case VersionType_VideoWall:
-            return "VideoWall\\";
-        case VersionType_Analytics:
-            return "Analytics\\";
-        default:
-            return "Server\\";
-    }
-}
 
 ErrorInfo failed(const std::string& message = {}) { return ErrorInfo(ErrorCode_Failed, message); }
 
@@ -101,8 +78,7 @@ ErrorInfo AgentInstaller::prepareInstaller(std::string& installerDir) {
 }
 
 ErrorInfo AgentInstaller::buildInstallerPath(std::string& path) {
-    path = systemDrive() + "\\ProgramData\\" + OEMInfo::getOemInfo().programDataDirectory + "\\" +
-           roleDirectory(mVersionType) + "installer";
+    path = installerPath(System::getSystemDirectory(), OEMInfo::getOemInfo().programDataDirectory, mVersionType);
     if (File::makeDirectory(path)) return {};
     path.clear();
     return ErrorInfo::getLastError();

@@ -8,9 +8,10 @@ std::shared_ptr<IInstaller> IInstaller::createLocalInstaller(const std::shared_p
                                                              const std::shared_ptr<IVersion>& version,
                                                              const std::string& installDir) {
     const auto own = std::dynamic_pointer_cast<VersionRequest>(request);
-    if (!own || !version) return nullptr;
-    const auto installer = std::make_shared<AgentInstaller>(own->getPackageCallback(), own->getCheckCallback(), version,
-                                                            own->getVersionType());
+    const auto installer =
+        own ? std::make_shared<AgentInstaller>(own->getPackageCallback(), own->getCheckCallback(), version,
+                                               own->getVersionType())
+            : std::make_shared<AgentInstaller>(PackageCallback(), CheckCallback(), nullptr, VersionType_Unknown);
     if (!installer->start(installDir, true, {})) installer->exit();
     return installer;
 }

@@ -43,7 +43,10 @@ ErrorInfo examinePackage(const std::string& path, const Function<ErrorInfo(const
     if (!isOriginal(package, path)) return failure(ErrorCode_PackageUnreadable);
 
     const auto content = std::make_shared<NsisParse>();
-    if (!package.extract(content)) return failure(ErrorCode_PackageUnreadable);
+    const bool extracted = package.extract(content);
+    if (!extracted && content->errorCode() == IExtractOutFile::ErrorCode_None) {
+        return failure(ErrorCode_PackageUnreadable);
+    }
     findings.systemBits = content->systemBits();
     return judgeContent(*content);
 }

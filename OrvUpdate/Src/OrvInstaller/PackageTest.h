@@ -20,8 +20,8 @@ struct PackageFindings {
 /// thread, also beside other readers of the file.
 /// @param acceptVersion asked as soon as the version is known, before the signature is judged; its error is the result.
 ///        An empty one accepts any version.
-/// @return 0; -416 no such file; -302 not a readable package, badly signed, unsigned and not whole, or undecodable;
-///         -606 the reader reported an error; -308 it lacks the client or the server
+/// @return 0; -416 no such file; -302 not a readable package, badly signed, or unsigned and not whole; -606 the reader
+///         reported an error, such as content that does not decode; -308 it lacks the client or the server
 Public::Base::ErrorInfo examinePackage(
     const std::string& path,
     const Public::Base::Function<Public::Base::ErrorInfo(const std::string& version)>& acceptVersion,

@@ -27,6 +27,20 @@ struct Filter {
     bool takesAll() const { return systemType == 0 && bits == 0 && projectType == 0 && versionType == 0; }
 };
 
+/// Entries taken out of the catalogue. They go after its lock is given back: with an entry its transfer ends, which can
+/// take time and wait for other threads.
+using Removed = std::vector<std::shared_ptr<IVersion>>;
+
+/// Takes out the entries of which the predicate is true.
+template <class Predicate>
+void takeOut(VersionSet& versions, Removed& removed, const Predicate& predicate) {
+    for (auto entry = versions.begin(); entry != versions.end();) {
+        const auto next = std::next(entry);
+        if (predicate(**entry)) removed.push_back(std::move(versions.extract(entry).value()));
+        entry = next;
+    }
+}
+
 }  // namespace
 
 VersionSet VersionRequest::snapshot() {
@@ -47,7 +61,7 @@ VersionSet VersionRequest::_queryVersions(const VersionSet& versions, SystemType
     if (filter.takesAll()) return versions;
     VersionSet passed;
     for (const auto& version : versions) {
-        if (filter.passes(*version)) passed.insert(passed.end(), version);
+        if (version && filter.passes(*version)) passed.insert(passed.end(), version);
     }
     return passed;
 }
@@ -70,7 +84,7 @@ std::shared_ptr<IVersion> VersionRequest::_queryVersion(const VersionSet& versio
                                                         const Version& version) {
     const Filter filter{systemType, bits, projectType, versionType, source};
     for (const auto& entry : versions) {
-        if (filter.passes(*entry) && entry->getVersion() == version) return entry;
+        if (entry && filter.passes(*entry) && entry->getVersion() == version) return entry;
     }
     return nullptr;
 }
@@ -88,6 +102,7 @@ std::shared_ptr<IVersion> VersionRequest::_queryNewestVersion(const VersionSet& 
     Version best;
     std::shared_ptr<IVersion> result;
     for (const auto& entry : versions) {
+        if (!entry) continue;
         const Version version = entry->getVersion();
         if (version <= than || version <= best) continue;
         best = version;
@@ -107,26 +122,32 @@ ErrorInfo VersionRequest::addVersions(const VersionSet& versions) {
 }
 
 ErrorInfo VersionRequest::removeVersions(const VersionSet& versions, StoragePosition position) {
+    Removed removed;
     std::lock_guard lock(mVersionMutex);
     for (const auto& version : versions) {
         const auto found = mVersions.find(version);
-        if (found != mVersions.end() && (*found)->getStoragePosition() == position) mVersions.erase(found);
+        if (found == mVersions.end() || (*found)->getStoragePosition() != position) continue;
+        removed.push_back(std::move(mVersions.extract(found).value()));
     }
     return {};
 }
 
 ErrorInfo VersionRequest::removeVersions() {
+    Removed removed;
     std::lock_guard lock(mVersionMutex);
-    std::erase_if(mVersions, [](const auto& version) { return version->getStoragePosition() != StoragePosition_Local; });
+    takeOut(mVersions, removed,
+            [](const IVersion& version) { return version.getStoragePosition() != StoragePosition_Local; });
     return {};
 }
 
 ErrorInfo VersionRequest::updateVersions(const VersionSet& versions, StoragePosition position) {
+    Removed removed;
     std::lock_guard lock(mVersionMutex);
-    std::erase_if(mVersions, [position](const auto& version) { return version->getStoragePosition() == position; });
+    takeOut(mVersions, removed,
+            [position](const IVersion& version) { return version.getStoragePosition() == position; });
     for (const auto& version : versions) {
         if (!version) continue;
-        mVersions.erase(version);
+        if (auto equivalent = mVersions.extract(version)) removed.push_back(std::move(equivalent.value()));
         mVersions.insert(version);
     }
     return {};

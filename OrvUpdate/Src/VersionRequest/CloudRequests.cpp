@@ -24,11 +24,16 @@ constexpr uint32_t kRequestTimeoutMs = 60000;
 
 const char* agentOf(VersionType versionType) {
     switch (versionType) {
-        case VersionType_Client: return "OrvClient";
-        case VersionType_Server: return "OrvServer";
-        case VersionType_VideoWall: return "VideoWall";
-        case VersionType_Analytics: return "Analytics";
-        default: return "Orv";
+        case VersionType_Client:
+            return "OrvClient";
+        case VersionType_Server:
+            return "OrvServer";
+        case VersionType_VideoWall:
+            return "VideoWall";
+        case VersionType_Analytics:
+            return "Analytics";
+        default:
+            return "Orv";
     }
 }
 
@@ -36,8 +41,7 @@ const char* agentOf(VersionType versionType) {
 int platformOf(SystemBits bits) { return bits == SystemBits_64 ? 0 : 1; }
 
 std::list<std::shared_ptr<HttpUrl>> onlyUrl(const std::string& url) {
-    return {std::make_shared<HttpUrl>(
-        HttpUrl{Public::Base::SystemType_Windows, Host::getSoftwareSystemBits(), url})};
+    return {std::make_shared<HttpUrl>(HttpUrl{Public::Base::SystemType_Windows, Host::getSoftwareSystemBits(), url})};
 }
 
 /// What the answers to one request are gathered in, until the last of its addresses has answered.

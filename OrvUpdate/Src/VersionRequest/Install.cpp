@@ -8,8 +8,8 @@
 namespace Tarnwick::OrvUpdate {
 
 ErrorInfo VersionRequest::install(const std::shared_ptr<IVersion>& version, const std::string& installDir, bool flag,
-                                  const Function<void(const ErrorInfo&)>& onError,
-                                  const Function<void()>& onDownloaded, const Function<void()>& onInstalling) {
+                                  const Function<void(const ErrorInfo&)>& onError, const Function<void()>& onDownloaded,
+                                  const Function<void()>& onInstalling) {
     mInstallCancel = false;
     if (version && version->getVersion() == currentVersion()) return {};
     const std::shared_ptr<IVersionRequest> self = shared_from_this();
@@ -20,14 +20,22 @@ ErrorInfo VersionRequest::install(const std::shared_ptr<IVersion>& version, cons
         return error;
     }
     ORV_LOG(4, "VersionRequest", "VersionRequest: download start");
-    const auto running = std::make_shared<RunningInstall>(
-        RunningInstall{version, transfer, installDir, flag, onError, onDownloaded, onInstalling});
+    const auto running = std::make_shared<RunningInstall>();
+    running->version = version;
+    running->transfer = transfer;
+    running->installDir = installDir;
+    running->flag = flag;
+    running->onError = onError;
+    running->onDownloaded = onDownloaded;
+    running->onInstalling = onInstalling;
+    // A transfer calls only the last callback that it was given: an earlier installation that waits for it ends here.
+    dropInstalls(transfer);
     {
         std::lock_guard lock(mInstallMutex);
         mRunningInstalls.push_back(running);
     }
-    const ErrorInfo result = transfer->start(
-        [weakSelf = weak_from_this(), weakRunning = std::weak_ptr<RunningInstall>(running)] {
+    const ErrorInfo result =
+        transfer->start([weakSelf = weak_from_this(), weakRunning = std::weak_ptr<RunningInstall>(running)] {
             const auto request = weakSelf.lock();
             const auto arrived = weakRunning.lock();
             if (!request || !arrived) return;
@@ -42,7 +50,7 @@ ErrorInfo VersionRequest::install(const std::shared_ptr<IVersion>& version, cons
 }
 
 void VersionRequest::onPackageArrived(const std::shared_ptr<RunningInstall>& install) {
-    if (mInstallCancel) return;
+    if (mInstallCancel || install->cancelled) return;
     if (const ErrorInfo error = install->transfer->getError()) {
         install->onError(error);
         return;
@@ -53,9 +61,10 @@ void VersionRequest::onPackageArrived(const std::shared_ptr<RunningInstall>& ins
     const auto agent =
         std::make_shared<AgentInstaller>(mPackageCallback, mCheckCallback, install->version, mVersionType);
     mAgentInstaller = agent;
-    ORV_LOG(4, "VersionRequest", "VersionRequest: start AgentInstaller %s %d", install->installDir, install->flag);
+    ORV_LOG(4, "VersionRequest", "VersionRequest: start AgentInstaller %s %d", install->installDir,
+            static_cast<int>(install->flag));
     const ErrorInfo result = agent->start(install->installDir, install->flag, install->onInstalling);
-    if (mInstallCancel) {
+    if (mInstallCancel || install->cancelled) {
         ORV_LOG(4, "VersionRequest", "mAgentInstaller start is cancel by user");
         mAgentInstaller.exchange(nullptr);
         return;
@@ -77,19 +86,26 @@ void VersionRequest::releaseInstall(const std::shared_ptr<RunningInstall>& insta
 
 ErrorInfo VersionRequest::installCancel(const std::shared_ptr<IVersion>& version) {
     mInstallCancel = true;
+    {
+        std::lock_guard lock(mInstallMutex);
+        for (const auto& running : mRunningInstalls) running->cancelled = true;
+    }
     const std::shared_ptr<IVersionRequest> self = shared_from_this();
     const auto transfer = version ? version->getDownload(self) : nullptr;
     if (transfer) transfer->cancel();
     if (const auto agent = mAgentInstaller.get()) agent->cancel();
+    dropInstalls(transfer);
+    return {};
+}
 
-    std::list<std::shared_ptr<RunningInstall>> cancelled;  // go after the lock is given back
+void VersionRequest::dropInstalls(const std::shared_ptr<IDownload>& transfer) {
+    std::list<std::shared_ptr<RunningInstall>> dropped;  // go after the lock is given back
     std::lock_guard lock(mInstallMutex);
     for (auto running = mRunningInstalls.begin(); running != mRunningInstalls.end();) {
         const auto next = std::next(running);
-        if ((*running)->transfer == transfer) cancelled.splice(cancelled.end(), mRunningInstalls, running);
+        if ((*running)->transfer == transfer) dropped.splice(dropped.end(), mRunningInstalls, running);
         running = next;
     }
-    return {};
 }
 
 }  // namespace Tarnwick::OrvUpdate

@@ -1,6 +1,7 @@
 // One installation between its start and its end.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -16,6 +17,7 @@ struct RunningInstall {
     std::shared_ptr<IDownload> transfer;
     std::string installDir;
     bool flag = false;
+    std::atomic<bool> cancelled{false};  // stays set when the next installation begins
     Function<void(const ErrorInfo&)> onError;
     Function<void()> onDownloaded;
     Function<void()> onInstalling;

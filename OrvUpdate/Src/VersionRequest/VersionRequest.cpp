@@ -36,19 +36,35 @@ private:
     std::weak_ptr<IGetServerId> mProvider;
 };
 
-/// Deletes the oldest packages until two remain; the running version is never deleted and does not count.
+std::string packagePath(const IVersion& version) { return StringEx::replace(version.getPackageFile(), "/", "\\"); }
+
+/// The directory that a package lies in; empty when its path names none.
+std::string directoryOf(const std::string& package) {
+    const size_t separator = package.rfind('\\');
+    return separator == std::string::npos ? std::string() : package.substr(0, separator);
+}
+
+/// Deletes the oldest packages, with their directories, until two remain; the running version is never deleted and does
+/// not count.
 void pruneStore(VersionSet& versions, const Version& running) {
+    std::set<std::string> kept;
+    for (const auto& version : versions) {
+        if (version->getVersion() == running) kept.insert(directoryOf(packagePath(*version)));
+    }
     long limit = static_cast<long>(versions.size()) - kPackagesKept;
     for (auto entry = versions.begin(); entry != versions.end() && limit >= 1;) {
-        const std::string text = (*entry)->getVersion().toString();
-        const std::string path = StringEx::replace((*entry)->getPackageFile(), "/", "\\");
-        const size_t separator = path.rfind('\\');
-        if (separator == std::string::npos || Version(text, 0) == running) {
+        const std::string package = packagePath(**entry);
+        const std::string directory = directoryOf(package);
+        if (directory.empty() || (*entry)->getVersion() == running) {
             ++entry;
             continue;
         }
         --limit;
-        File::removeDirectory(path.substr(0, separator));
+        if (kept.contains(directory)) {
+            File::remove(package);
+        } else {
+            File::removeDirectory(directory);
+        }
         entry = versions.erase(entry);
     }
 }
@@ -88,7 +104,8 @@ ErrorInfo VersionRequest::start(const Version& curVersion, const PackageCallback
     std::lock_guard startLock(mStartMutex);
     {
         std::lock_guard lock(mStateMutex);
-        if (mCurVersions.back() != curVersion) mCurVersions.push_back(curVersion);
+        // Versions that compare as equal may differ in their text, which the cloud is told.
+        if (mCurVersions.back().toString() != curVersion.toString()) mCurVersions.push_back(curVersion);
         mRequestVersion = curVersion;
     }
     if (mVersionService) return {};
@@ -98,8 +115,7 @@ ErrorInfo VersionRequest::start(const Version& curVersion, const PackageCallback
 
     std::shared_ptr<MQDispatcher> dispatcher = mMQServer;
     if (!dispatcher) dispatcher = mMQClient;
-    const auto service =
-        std::make_shared<VersionService>(mIOWorker, dispatcher, self, packageCallback, checkCallback);
+    const auto service = std::make_shared<VersionService>(mIOWorker, dispatcher, self, packageCallback, checkCallback);
     service->setCurrentVersion(curVersion);
     service->setDownloadCache(dir);
     const ErrorInfo started = service->start();
@@ -138,9 +154,10 @@ VersionSet VersionRequest::scanStore(const std::string& dir, const Version& runn
 }
 
 ErrorInfo VersionRequest::stop() {
+    std::shared_ptr<VersionService> released;  // goes after the lock is given back
     std::lock_guard startLock(mStartMutex);
     if (mMQClient) mMQClient->unsubcribe(this);
-    mVersionService.exchange(nullptr);
+    released = mVersionService.exchange(nullptr);
     return {};
 }
 

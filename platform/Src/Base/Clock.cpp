@@ -10,7 +10,8 @@ class MachineClock : public Clock {
 public:
     uint64_t milliseconds() override {
         using namespace std::chrono;
-        return static_cast<uint64_t>(duration_cast<std::chrono::milliseconds>(steady_clock::now().time_since_epoch()).count());
+        return static_cast<uint64_t>(
+            duration_cast<std::chrono::milliseconds>(steady_clock::now().time_since_epoch()).count());
     }
     bool waitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition, uint64_t deadline) override {
         // A day at a time, so that no deadline overflows the system's own count.
@@ -24,8 +25,9 @@ public:
 
 std::mutex sMutex;  // guards the clock in force
 
+/// Never destroyed: a thread may still look at the clock while the process ends.
 std::shared_ptr<Clock>& inForce() {
-    static std::shared_ptr<Clock> clock = std::make_shared<MachineClock>();
+    static auto& clock = *new std::shared_ptr<Clock>(std::make_shared<MachineClock>());
     return clock;
 }
 

@@ -8,7 +8,6 @@ namespace Public::Base {
 namespace {
 using Json = nlohmann::ordered_json;
 constexpr size_t kDeepest = 64;
-constexpr size_t kLongest = size_t{64} << 20;
 }  // namespace
 
 /// Builds the tree from the parser's events. Every event gives false to end the parsing.
@@ -89,9 +88,9 @@ private:
     std::string mKey;
 };
 
-bool JsonText::read(const SharedBuffer& text, JsonValue& value) {
+bool JsonText::read(const SharedBuffer& text, JsonValue& value, size_t longest) {
     // The parser would take a zero byte for the end of the text.
-    if (text.size() > kLongest || std::memchr(text.buf(), 0, text.size()) != nullptr) return false;
+    if (text.size() > longest || std::memchr(text.buf(), 0, text.size()) != nullptr) return false;
     Reader reader(value);
     if (Json::sax_parse(text.buf(), text.buf() + text.size(), &reader)) return true;
     value = JsonValue();
@@ -106,9 +105,7 @@ std::string JsonText::write(const JsonValue& value) {
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
-}
+std::string quoted(const std::string& text) { return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string scalarText(const Value& scalar) {
     if (scalar.isNull()) return "null";

@@ -17,6 +17,27 @@ JsonValue::JsonValue(double number) : mScalar(number) {}
 JsonValue::JsonValue(const Value& scalar) : mScalar(scalar) {}
 JsonValue::~JsonValue() = default;
 
+// What is assigned is taken out before anything is overwritten: it may be a part of this value.
+
+JsonValue& JsonValue::operator=(const JsonValue& other) {
+    JsonValue copy(other);
+    swap(copy);
+    return *this;
+}
+
+JsonValue& JsonValue::operator=(JsonValue&& other) noexcept {
+    JsonValue taken(std::move(other));
+    swap(taken);
+    return *this;
+}
+
+void JsonValue::swap(JsonValue& other) noexcept {
+    std::swap(mKind, other.mKind);
+    std::swap(mScalar, other.mScalar);
+    mMembers.swap(other.mMembers);
+    mElements.swap(other.mElements);
+}
+
 ErrorInfo JsonValue::read(const SharedBuffer& text) {
     *this = JsonValue();
     return JsonText::read(text, *this) ? ErrorInfo() : ErrorInfo(ErrorCode_BadDocument, "");
@@ -81,7 +102,9 @@ JsonValue& JsonValue::operator[](size_t index) {
     return mElements[index];
 }
 
-JsonValue JsonValue::operator[](size_t index) const { return index < mElements.size() ? mElements[index] : JsonValue(); }
+JsonValue JsonValue::operator[](size_t index) const {
+    return index < mElements.size() ? mElements[index] : JsonValue();
+}
 
 void JsonValue::append(const JsonValue& element) {
     JsonValue copy = element;  // the element may be part of this value

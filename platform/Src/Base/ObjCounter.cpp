@@ -14,7 +14,7 @@ std::atomic<long>& countOf(const char* className, int line) {
     static auto& mutex = *new std::mutex;
     static auto& counts = *new std::map<std::pair<std::string, int>, std::atomic<long>>;
     std::lock_guard lock(mutex);
-    return counts[{className, line}];
+    return counts[{className != nullptr ? className : "", line}];
 }
 
 }  // namespace

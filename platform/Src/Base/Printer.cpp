@@ -4,14 +4,14 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
-#include <exception>
-
 namespace Public::Base {
 
 namespace {
 
+// The sink and the logger are never destroyed: what ends last in a process may still log.
+
 Function<void(const LogEntry&)>& sink() {
-    static Function<void(const LogEntry&)> sink;
+    static auto& sink = *new Function<void(const LogEntry&)>;
     return sink;
 }
 
@@ -32,17 +32,33 @@ std::string fill(const char* format, const std::vector<Value>& values) {
     return text;
 }
 
+/// The text as the rest of a line, so that no value from outside can make up an entry of its own.
+std::string onOneLine(const std::string& text) {
+    std::string line;
+    for (const char c : text.substr(0, text.find_last_not_of("\r\n") + 1)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\n') {
+            line += "\\n";
+        } else if (c == '\r') {
+            line += "\\r";
+        } else if ((byte < 0x20 && c != '\t') || byte == 0x7F) {
+            line += spdlog::fmt_lib::format("\\x{:02x}", byte);
+        } else {
+            line += c;
+        }
+    }
+    return line;
+}
+
 void writeToStderr(const LogEntry& entry) {
-    static const auto logger = [] {
-        auto made = std::make_shared<spdlog::logger>("orv", std::make_shared<spdlog::sinks::stderr_sink_mt>());
-        made->set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
-        made->set_level(spdlog::level::trace);
+    static auto& logger = []() -> spdlog::logger& {
+        auto& made = *new spdlog::logger("orv", std::make_shared<spdlog::sinks::stderr_sink_mt>());
+        made.set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
+        made.set_level(spdlog::level::trace);
         return made;
     }();
-    const size_t end = entry.text.find_last_not_of("\r\n");
-    const std::string text = end == std::string::npos ? "" : entry.text.substr(0, end + 1);
-    logger->info("{} {} {} {}:{} {}", static_cast<int>(entry.level), spdlog::details::os::thread_id(), entry.file,
-                 entry.function, entry.line, text);
+    logger.info("{} {} {} {}:{} {}", static_cast<int>(entry.level), spdlog::details::os::thread_id(), entry.file,
+                entry.function, entry.line, onOneLine(entry.text));
 }
 
 }  // namespace
@@ -58,7 +74,7 @@ void printer(LOG_Level level, const char* file, const char* function, int line, 
         } else {
             writeToStderr(entry);
         }
-    } catch (const std::exception&) {
+    } catch (...) {
         // A log that cannot be written must not end what it reports on.
     }
 }

@@ -9,11 +9,16 @@ namespace Public::Base {
 
 namespace {
 
-std::mutex sMutex;  // guards sDirectory
-std::string sDirectory;
+std::mutex sMutex;  // guards the directory
+
+// Neither is ever destroyed: a thread may still ask while the process ends.
+std::string& directoryInForce() {
+    static auto& directory = *new std::string;
+    return directory;
+}
 
 Function<bool(const ProgramStart&)>& starter() {
-    static Function<bool(const ProgramStart&)> function;
+    static auto& function = *new Function<bool(const ProgramStart&)>;
     return function;
 }
 
@@ -22,14 +27,14 @@ Function<bool(const ProgramStart&)>& starter() {
 std::string System::getSystemDirectory() {
     {
         std::lock_guard lock(sMutex);
-        if (!sDirectory.empty()) return sDirectory;
+        if (!directoryInForce().empty()) return directoryInForce();
     }
     return nativeSystemDirectory();
 }
 
 void System::setSystemDirectory(const std::string& path) {
     std::lock_guard lock(sMutex);
-    sDirectory = path;
+    directoryInForce() = path;
 }
 
 bool System::startElevated(const ProgramStart& start) {

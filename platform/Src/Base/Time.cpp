@@ -14,13 +14,20 @@ bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 
 int* fieldOf(Time& time, char letter) {
     switch (letter) {
-        case 'y': return &time.year;
-        case 'M': return &time.month;
-        case 'd': return &time.day;
-        case 'H': return &time.hour;
-        case 'm': return &time.minute;
-        case 's': return &time.second;
-        default: return nullptr;
+        case 'y':
+            return &time.year;
+        case 'M':
+            return &time.month;
+        case 'd':
+            return &time.day;
+        case 'H':
+            return &time.hour;
+        case 'm':
+            return &time.minute;
+        case 's':
+            return &time.second;
+        default:
+            return nullptr;
     }
 }
 
@@ -28,8 +35,10 @@ std::chrono::year_month_day dateOf(const Time& time) {
     return std::chrono::year(time.year) / static_cast<unsigned>(time.month) / static_cast<unsigned>(time.day);
 }
 
-bool isOfCalendar(const Time& time) {
-    return time.month > 0 && time.day > 0 && dateOf(time).ok() && time.hour < 24 && time.minute < 60 && time.second < 60;
+/// The ranges come first, since the calendar's own types keep only the low bits of a number.
+bool isDate(const Time& time) {
+    return time.year >= 0 && time.year <= 9999 && time.month >= 1 && time.month <= 12 && time.day >= 1 &&
+           time.day <= 31 && dateOf(time).ok();
 }
 
 }  // namespace
@@ -51,13 +60,14 @@ bool Time::parse(const std::string& text, const std::string& format) {
         if (text[i] < '0' || text[i] > '9' || *field > 9999) return false;
         *field = *field * 10 + (text[i] - '0');
     }
-    if (!isOfCalendar(read)) return false;
+    if (!isDate(read) || read.hour > 23 || read.minute > 59 || read.second > 59) return false;
     *this = read;
     return true;
 }
 
 uint64_t Time::makeTime() const {
     using namespace std::chrono;
+    if (!isDate(*this)) return 0;
     const auto point = sys_days(dateOf(*this)) + hours(hour) + minutes(minute) + seconds(second) - minutes(timeZone);
     const auto since = duration_cast<seconds>(point.time_since_epoch()).count();
     return since < 0 ? 0 : static_cast<uint64_t>(since);

@@ -1,5 +1,6 @@
 #include "Public/Base/Value.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -22,9 +23,10 @@ std::string print(Number number) {
     return error == std::errc() ? std::string(text, end) : std::string();
 }
 
+/// "inf" and "nan" are words, not numbers.
 double toReal(std::string_view text) {
     double number = 0;
-    return readWhole(text, number) ? number : 0;
+    return readWhole(text, number) && std::isfinite(number) ? number : 0;
 }
 
 /// The integer part, or the nearest end of the range; 0 for what is no number.
@@ -100,12 +102,17 @@ double Value::toDouble() const {
     return static_cast<double>(toInt64());
 }
 
-float Value::toFloat(const std::string&) const { return static_cast<float>(toDouble()); }
+float Value::toFloat(const std::string&) const {
+    constexpr double most = std::numeric_limits<float>::max();
+    const double number = toDouble();
+    return static_cast<float>(std::isfinite(number) ? std::clamp(number, -most, most) : number);
+}
 
 bool Value::toBool() const {
     if (const auto* flag = std::get_if<bool>(&mData)) return *flag;
     if (const auto* text = std::get_if<std::string>(&mData)) return *text == "true" || toReal(*text) != 0;
-    return toDouble() != 0;
+    const double number = toDouble();
+    return number != 0 && !std::isnan(number);
 }
 
 }  // namespace Public::Base

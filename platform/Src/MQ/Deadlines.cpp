@@ -1,81 +1,109 @@
 #include "MQ/Deadlines.h"
 
+#include <condition_variable>
+#include <map>
+#include <mutex>
+
 #include "Base/ThreadName.h"
+#include "MQ/QueueThread.h"
 #include "Public/Base/Clock.h"
 
 namespace Tarnwick::MQ {
 
 struct Deadlines::State {
-    const std::shared_ptr<Public::Base::Clock> clock = Public::Base::Clock::current();
-    std::mutex mutex;  // guards all below
-    std::condition_variable changed;
-    std::map<std::pair<uint64_t, Handle>, std::function<void()>> tasks;  // in the order in which they are due
-    std::map<Handle, uint64_t> dueOf;
-    Handle last = 0;
-    bool stopped = false;
-    std::thread thread;
+    std::shared_ptr<Public::Base::Clock> clock = Public::Base::Clock::current();
+    std::mutex mutex;
+    std::condition_variable wake;  // a new first task, or the end
+    std::condition_variable idle;  // nothing is due any more
+    std::map<Key, std::function<void()>> tasks;
+    uint64_t entries = 0;
+    bool running = false;
+    bool ended = false;
 
-    void run() {
-        std::unique_lock lock(mutex);
-        while (!stopped) {
-            const uint64_t due = tasks.empty() ? UINT64_MAX : tasks.begin()->first.first;
-            if (clock->milliseconds() < due) {
-                clock->waitUntil(lock, changed, due);
-                continue;
-            }
-            const auto task = std::move(tasks.begin()->second);
-            dueOf.erase(tasks.begin()->first.second);
-            tasks.erase(tasks.begin());
-            lock.unlock();
-            task();
-            lock.lock();
-        }
-    }
+    bool due() const { return running || (!tasks.empty() && tasks.begin()->first.first <= clock->milliseconds()); }
+    void run();
 };
 
-Deadlines::Deadlines(const std::string& threadName) : mState(std::make_shared<State>()) {
-    mState->thread = std::thread([state = mState, threadName] {
-        Public::Base::nameThisThread(threadName);
-        state->run();
-    });
+void Deadlines::State::run() {
+    onQueueThread() = true;
+    Public::Base::nameThisThread("OrvQueueTimer");
+    std::unique_lock lock(mutex);
+    while (!ended) {
+        if (tasks.empty()) {
+            wake.wait(lock);
+            continue;
+        }
+        if (!due()) {
+            clock->waitUntil(lock, wake, tasks.begin()->first.first);
+            continue;
+        }
+        auto task = std::move(tasks.begin()->second);
+        tasks.erase(tasks.begin());
+        running = true;
+        lock.unlock();
+        task();
+        task = nullptr;
+        lock.lock();
+        running = false;
+        if (!due()) idle.notify_all();
+    }
+}
+
+std::shared_ptr<Deadlines> Deadlines::shared() {
+    static std::mutex mutex;
+    static std::weak_ptr<Deadlines> last;
+    std::lock_guard lock(mutex);
+    auto found = last.lock();
+    if (!found || found->mState->clock != Public::Base::Clock::current()) {
+        found = std::make_shared<Deadlines>();
+        last = found;
+    }
+    return found;
+}
+
+Deadlines::Deadlines() : mState(std::make_shared<State>()) {
+    mThreads.emplace_back([state = mState] { state->run(); });
 }
 
 Deadlines::~Deadlines() {
-    decltype(State::tasks) dropped;  // go after the lock is given back
+    std::map<Key, std::function<void()>> dropped;
     {
         std::lock_guard lock(mState->mutex);
-        mState->stopped = true;
+        mState->ended = true;
         dropped.swap(mState->tasks);
+        mState->wake.notify_all();
     }
-    mState->changed.notify_all();
-    if (mState->thread.get_id() == std::this_thread::get_id()) {
-        mState->thread.detach();
-    } else {
-        mState->thread.join();
-    }
-}
-
-Deadlines::Handle Deadlines::after(uint64_t delayMs, std::function<void()> task) {
-    const uint64_t due = mState->clock->milliseconds() + delayMs;
-    std::lock_guard lock(mState->mutex);
-    const Handle handle = ++mState->last;
-    mState->tasks.emplace(std::pair(due, handle), std::move(task));
-    mState->dueOf[handle] = due;
-    mState->changed.notify_all();
-    return handle;
-}
-
-void Deadlines::cancel(Handle handle) {
-    std::function<void()> dropped;
-    std::lock_guard lock(mState->mutex);
-    const auto due = mState->dueOf.find(handle);
-    if (due == mState->dueOf.end()) return;
-    const auto task = mState->tasks.find({due->second, handle});
-    dropped = std::move(task->second);
-    mState->tasks.erase(task);
-    mState->dueOf.erase(due);
+    endThreads(mThreads);
 }
 
 uint64_t Deadlines::now() const { return mState->clock->milliseconds(); }
+
+Deadlines::Key Deadlines::at(uint64_t deadline, std::function<void()> task) {
+    std::lock_guard lock(mState->mutex);
+    const Key key{deadline, ++mState->entries};
+    mState->tasks.emplace(key, std::move(task));
+    if (mState->tasks.begin()->first == key) mState->wake.notify_all();
+    return key;
+}
+
+void Deadlines::cancel(const Key& key) {
+    std::function<void()> dropped;  // goes after the lock is given back
+    std::lock_guard lock(mState->mutex);
+    const auto found = mState->tasks.find(key);
+    if (found == mState->tasks.end()) return;
+    dropped = std::move(found->second);
+    mState->tasks.erase(found);
+    if (!mState->due()) mState->idle.notify_all();
+}
+
+void Deadlines::waitUntilNothingIsDue() {
+    std::unique_lock lock(mState->mutex);
+    while (mState->due()) mState->idle.wait(lock);
+}
+
+bool Deadlines::somethingIsDue() {
+    std::lock_guard lock(mState->mutex);
+    return mState->due();
+}
 
 }  // namespace Tarnwick::MQ

@@ -1,34 +1,42 @@
-// Runs tasks when their time has come.
+// Runs short tasks when the clock reaches their time.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace Tarnwick::MQ {
 
-/// One thread on the Clock in force when it is made. Tasks run one after another and must be short. The destructor drops what
-/// has not begun and waits for a running task, unless it is that task which destroys it.
+/// One thread on the Clock for all nodes of a process: request time-outs, announcements, delayed frames. Tasks must be
+/// short and hand longer work to a pool. All operations may be called from any thread.
 class Deadlines {
 public:
-    using Handle = uint64_t;
+    using Key = std::pair<uint64_t, uint64_t>;  ///< deadline in milliseconds of the clock, then order of entry
 
-    explicit Deadlines(const std::string& threadName);
+    /// The one on the clock in force; lives as long as someone holds it.
+    static std::shared_ptr<Deadlines> shared();
+    Deadlines();
     ~Deadlines();
     Deadlines(const Deadlines&) = delete;
     Deadlines& operator=(const Deadlines&) = delete;
 
-    /// @param delayMs milliseconds from now
-    Handle after(uint64_t delayMs, std::function<void()> task);
-    /// Without effect on a task that has begun.
-    void cancel(Handle handle);
-    /// Milliseconds of the clock that the deadlines are on.
     uint64_t now() const;
+    /// Tasks of one deadline run in the order of entry.
+    Key at(uint64_t deadline, std::function<void()> task);
+    /// Takes back a task that has not begun.
+    void cancel(const Key& key);
+    /// Waits until every task whose time has come has run. Not from a task.
+    void waitUntilNothingIsDue();
+    /// True when a task's time has come, or one runs.
+    bool somethingIsDue();
 
 private:
     struct State;
     std::shared_ptr<State> mState;
+    std::vector<std::thread> mThreads;
 };
 
 }  // namespace Tarnwick::MQ

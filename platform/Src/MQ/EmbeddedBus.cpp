@@ -1,189 +1,181 @@
 #include "MQ/EmbeddedBus.h"
 
+#include <algorithm>
+
 namespace Tarnwick::MQ {
 
 namespace {
 
-constexpr size_t kMaxFrame = size_t{8} << 20;
+constexpr uint64_t kLongestHold = 100;
 
-std::pair<std::string, std::string> unordered(const std::string& a, const std::string& b) {
-    return a < b ? std::pair(a, b) : std::pair(b, a);
+/// The nodes whose functions run on this thread, innermost last.
+std::vector<const void*>& runningHere() {
+    thread_local std::vector<const void*> nodes;
+    return nodes;
 }
 
 }  // namespace
 
 std::shared_ptr<Bus> Bus::embedded() { return std::make_shared<EmbeddedBus>(); }
 
-EmbeddedBus::EmbeddedBus() = default;
-EmbeddedBus::~EmbeddedBus() = default;
+EmbeddedBus::EmbeddedBus() : mDeadlines(Deadlines::shared()) {}
 
 bool EmbeddedBus::join(const std::string& id, const Endpoint& endpoint) {
-    if (id.empty()) return false;
-    auto member = std::make_shared<Member>();
-    member->endpoint = endpoint;
+    auto node = std::make_shared<Node>();
+    node->endpoint = endpoint;
     std::lock_guard lock(mMutex);
-    return mMembers.emplace(id, std::move(member)).second;
+    return !id.empty() && mNodes.emplace(id, std::move(node)).second;
 }
 
 void EmbeddedBus::leave(const std::string& id) {
-    std::shared_ptr<Member> member;
-    {
-        std::lock_guard lock(mMutex);
-        const auto found = mMembers.find(id);
-        if (found == mMembers.end()) return;
-        member = found->second;
-        mMembers.erase(found);
-        std::erase_if(mLinks, [&id](const auto& link) { return link.first.first == id || link.first.second == id; });
-        mStopped.erase(id);
+    std::shared_ptr<Node> node;  // its functions go after the lock is given back
+    std::unique_lock lock(mMutex);
+    const auto found = mNodes.find(id);
+    if (found == mNodes.end()) return;
+    node = found->second;
+    mNodes.erase(found);
+    for (const auto& other : mNodes) {
+        if (!isCut(id, other.first)) notifyLost(id, other.first);
     }
-    for (const auto& peer : peers(id)) tellLost(peer, id);
-    std::unique_lock lock(member->mutex);
-    member->left = true;
-    const auto mine = member->running.count(std::this_thread::get_id());
-    member->quiet.wait(lock, [&] { return member->running.size() == mine; });
-}
-
-bool EmbeddedBus::canPass(const std::string& from, const std::string& to) const {
-    return mMembers.contains(from) && mMembers.contains(to) && !mCut.contains(unordered(from, to));
-}
-
-bool EmbeddedBus::linked(const std::string& from, const std::string& to) {
-    std::lock_guard lock(mMutex);
-    return canPass(from, to);
-}
-
-std::vector<std::string> EmbeddedBus::peers(const std::string& id) {
-    std::lock_guard lock(mMutex);
-    std::vector<std::string> ids;
-    for (const auto& [other, member] : mMembers) {
-        if (other != id && !mCut.contains(unordered(id, other))) ids.push_back(other);
-    }
-    return ids;
-}
-
-size_t EmbeddedBus::maxFrame() const { return kMaxFrame; }
-
-bool EmbeddedBus::post(std::function<void()> task) { return mPool.post(std::move(task)); }
-
-bool EmbeddedBus::chance(double probability) {
-    return probability > 0 && std::uniform_real_distribution<>(0, 1)(mRandom) < probability;
+    const auto here = static_cast<size_t>(std::count(runningHere().begin(), runningHere().end(), node.get()));
+    mLeft.wait(lock, [&] { return node->running == here; });
 }
 
 bool EmbeddedBus::send(const std::string& from, const std::string& to, const std::string& frame) {
     if (frame.size() > kMaxFrame) return false;
     std::lock_guard lock(mMutex);
-    if (!canPass(from, to)) return false;
-    if (mStopped.contains(from) || mStopped.contains(to) || chance(mFaults.drop)) return true;
-    const LinkName name(from, to);
-    Link& link = mLinks[name];
-    if (link.heldBack.empty() && chance(mFaults.reorder)) {
-        link.heldBack = frame;
-        return true;
-    }
-    enqueue(name, frame);
-    if (chance(mFaults.duplicate)) enqueue(name, frame);
-    if (!link.heldBack.empty()) {
-        enqueue(name, link.heldBack);
-        link.heldBack.clear();
-    }
+    const auto sender = mNodes.find(from);
+    const auto target = mNodes.find(to);
+    if (sender == mNodes.end() || target == mNodes.end() || isCut(from, to)) return false;
+    const LinkKey key{from, to};
+    if (sender->second->stopped || target->second->stopped || chance(faultsOf(key).drop)) return true;
+    const int copies = chance(faultsOf(key).duplicate) ? 2 : 1;
+    for (int i = 0; i < copies; ++i) submit(key, Item{target->second, frame});
     return true;
 }
 
-void EmbeddedBus::enqueue(const LinkName& name, const std::string& frame) {
-    Link& link = mLinks[name];
-    uint64_t delay = 0;
-    if (mFaults.mostDelayMs != 0) delay = std::uniform_int_distribution<uint64_t>(0, mFaults.mostDelayMs)(mRandom);
-    link.frames.push_back({frame, delay == 0 ? 0 : mDelays.now() + delay});
-    const auto deliver = [weak = weak_from_this(), name] {
-        if (const auto self = weak.lock()) self->drain(name);
-    };
-    if (delay != 0) {
-        mDelays.after(delay, [weak = weak_from_this(), deliver] {
-            if (const auto self = weak.lock()) self->post(deliver);
+/// With the lock held: the frame's way past the delays of its link.
+void EmbeddedBus::submit(const LinkKey& key, Item item) {
+    auto& link = mLinks[key];
+    const auto& faults = faultsOf(key);
+    if (link.held.empty() && chance(faults.reorder)) {
+        link.held.push_back(std::move(item));
+        mDeadlines->at(mDeadlines->now() + kLongestHold, [weak = weak_from_this(), key] {
+            if (const auto self = weak.lock()) self->release(key);
         });
-    } else if (!link.draining) {
-        mPool.post(deliver);
+        return;
     }
+    const uint64_t now = mDeadlines->now();
+    const unsigned spread = std::max(faults.delayAtMost, faults.delayAtLeast) - faults.delayAtLeast;
+    const unsigned wait = faults.delayAtLeast + (spread ? mRandom() % (spread + 1) : 0);
+    if (wait > 0 || link.delayed > 0)
+        delay(key, std::move(item), std::max(now + wait, link.lastDelay));
+    else
+        enqueue(key, std::move(item));
+    if (link.held.empty()) return;
+    auto overtaken = std::move(link.held.front());
+    link.held.clear();
+    if (link.delayed > 0)
+        delay(key, std::move(overtaken), link.lastDelay);
+    else
+        enqueue(key, std::move(overtaken));
 }
 
-void EmbeddedBus::drain(const LinkName& name) {
+/// With the lock held.
+void EmbeddedBus::delay(const LinkKey& key, Item item, uint64_t due) {
+    auto& link = mLinks[key];
+    link.lastDelay = due;
+    ++link.delayed;
+    auto kept = std::make_shared<Item>(std::move(item));
+    mDeadlines->at(due, [weak = weak_from_this(), key, kept] {
+        const auto self = weak.lock();
+        if (!self) return;
+        std::lock_guard lock(self->mMutex);
+        --self->mLinks[key].delayed;
+        if (!self->isCut(key.first, key.second)) self->enqueue(key, std::move(*kept));
+    });
+}
+
+void EmbeddedBus::release(const LinkKey& key) {
+    std::lock_guard lock(mMutex);
+    auto& link = mLinks[key];
+    for (auto& item : link.held) enqueue(key, std::move(item));
+    link.held.clear();
+}
+
+/// With the lock held.
+void EmbeddedBus::enqueue(const LinkKey& key, Item item) {
+    auto& link = mLinks[key];
+    link.items.push_back(std::move(item));
+    if (link.draining) return;
+    link.draining = true;
+    mPool.post([weak = weak_from_this(), key] {
+        if (const auto self = weak.lock()) self->drain(key);
+    });
+}
+
+void EmbeddedBus::drain(const LinkKey& key) {
     std::unique_lock lock(mMutex);
-    if (const auto link = mLinks.find(name); link == mLinks.end() || link->second.draining) return;
-    mLinks[name].draining = true;
-    while (true) {
-        const auto link = mLinks.find(name);
-        if (link == mLinks.end()) return;  // a node has left
-        auto& frames = link->second.frames;
-        if (frames.empty() || (frames.front().due != 0 && frames.front().due > mDelays.now())) {
-            link->second.draining = false;
+    for (;;) {
+        const auto found = mLinks.find(key);
+        if (found->second.items.empty()) {
+            found->second.draining = false;
             return;
         }
-        const std::string frame = std::move(frames.front().frame);
-        frames.pop_front();
-        const auto member = mMembers.find(name.second);
-        if (member == mMembers.end() || mStopped.contains(name.second)) continue;
-        const auto receiver = member->second;
+        auto item = std::move(found->second.items.front());
+        found->second.items.pop_front();
+        const auto target = mNodes.find(key.second);
+        if (target == mNodes.end() || target->second != item.target || item.target->stopped) continue;
+        ++item.target->running;
         lock.unlock();
-        call(receiver, [&](const Endpoint& endpoint) { endpoint.onFrame(name.first, frame); });
+        run(key, item);
+        lock.lock();
+        --item.target->running;
+        mLeft.notify_all();
+        lock.unlock();
+        item.target.reset();  // perhaps the last reference, with the node's functions in it
         lock.lock();
     }
 }
 
-void EmbeddedBus::call(const std::shared_ptr<Member>& member, const std::function<void(const Endpoint&)>& function) {
-    {
-        std::lock_guard lock(member->mutex);
-        if (member->left) return;
-        member->running.insert(std::this_thread::get_id());
-    }
-    function(member->endpoint);
-    {
-        std::lock_guard lock(member->mutex);
-        member->running.erase(member->running.find(std::this_thread::get_id()));
-    }
-    member->quiet.notify_all();
+void EmbeddedBus::run(const LinkKey& key, Item& item) {
+    runningHere().push_back(item.target.get());
+    const auto& endpoint = item.target->endpoint;
+    if (!item.lost && endpoint.onFrame) endpoint.onFrame(key.first, std::move(item.frame));
+    if (item.lost && endpoint.onLost) endpoint.onLost(key.first);
+    runningHere().pop_back();
 }
 
-void EmbeddedBus::tellLost(const std::string& to, const std::string& lost) {
-    std::shared_ptr<Member> member;
-    {
-        std::lock_guard lock(mMutex);
-        const auto found = mMembers.find(to);
-        if (found == mMembers.end() || mStopped.contains(to)) return;
-        member = found->second;
-    }
-    mPool.post([member, lost] { call(member, [&](const Endpoint& endpoint) { endpoint.onLost(lost); }); });
+/// With the lock held. The notice follows the frames that are under way.
+void EmbeddedBus::notifyLost(const std::string& gone, const std::string& other) {
+    const auto target = mNodes.find(other);
+    if (target != mNodes.end() && !target->second->stopped) enqueue({gone, other}, Item{target->second, {}, true});
 }
 
-void EmbeddedBus::setFaults(const BusFaults& faults) {
+bool EmbeddedBus::linked(const std::string& from, const std::string& to) {
     std::lock_guard lock(mMutex);
-    mFaults = faults;
-    mRandom.seed(faults.seed);
+    return mNodes.count(from) && mNodes.count(to) && !isCut(from, to);
 }
 
-void EmbeddedBus::cutLink(const std::string& a, const std::string& b) {
-    {
-        std::lock_guard lock(mMutex);
-        mCut.insert(unordered(a, b));
-        mLinks.erase({a, b});
-        mLinks.erase({b, a});
+std::vector<std::string> EmbeddedBus::peers(const std::string& id) {
+    std::vector<std::string> ids;
+    std::lock_guard lock(mMutex);
+    if (!mNodes.count(id)) return ids;
+    for (const auto& node : mNodes) {
+        if (node.first != id && !isCut(id, node.first)) ids.push_back(node.first);
     }
-    tellLost(a, b);
-    tellLost(b, a);
+    return ids;
 }
 
-void EmbeddedBus::mendLink(const std::string& a, const std::string& b) {
-    std::lock_guard lock(mMutex);
-    mCut.erase(unordered(a, b));
+bool EmbeddedBus::chance(double share) {
+    return share > 0 && std::uniform_real_distribution<double>(0, 1)(mRandom) < share;
 }
 
-void EmbeddedBus::stopNode(const std::string& id) {
-    std::lock_guard lock(mMutex);
-    mStopped.insert(id);
+const LinkFaults& EmbeddedBus::faultsOf(const LinkKey& key) const {
+    const auto own = mLinkFaults.find(key);
+    return own == mLinkFaults.end() ? mFaults : own->second;
 }
 
-void EmbeddedBus::startNode(const std::string& id) {
-    std::lock_guard lock(mMutex);
-    mStopped.erase(id);
-}
+bool EmbeddedBus::isCut(const std::string& a, const std::string& b) const { return mCut.count({a, b}) > 0; }
 
 }  // namespace Tarnwick::MQ

@@ -1,6 +1,8 @@
-// The bus of one process, with the faults that tests ask of it.
+// The bus of one process, and what tests may do to its links.
 #pragma once
 
+#include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
@@ -8,79 +10,95 @@
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "MQ/Deadlines.h"
-#include "MQ/WorkerPool.h"
+#include "MQ/WorkPool.h"
 #include "Tarnwick/MQ/Bus.h"
 
 namespace Tarnwick::MQ {
 
-/// What happens to frames on their way, each drawn by chance from one seed. Probabilities are from 0 to 1.
-struct BusFaults {
-    uint64_t seed = 1;
+/// What may befall the frames of a link; the chances are from 0 to 1 and each frame draws anew.
+struct LinkFaults {
     double drop = 0;
     double duplicate = 0;
-    double reorder = 0;        ///< a frame waits until the next one of its link has passed
-    uint32_t mostDelayMs = 0;  ///< each frame waits up to that long on the Clock; frames of a link keep their order
+    double reorder = 0;         ///< the frame waits until the next one has passed it, or 100 ms of the clock have gone
+    unsigned delayAtLeast = 0;  ///< milliseconds of the clock; delayed frames keep their order
+    unsigned delayAtMost = 0;
 };
 
-/// Frames of a link pass one after another through the pool; a receiver that blocks holds up its own link only.
+/// Every pair of nodes has a queue of frames, which a task of the pool empties one by one. Faults break what Bus
+/// promises (once, in order): they are there to show that the queue bears it.
 class EmbeddedBus : public Bus, public std::enable_shared_from_this<EmbeddedBus> {
 public:
+    static constexpr size_t kMaxFrame = 8 * 1024 * 1024;
+
     EmbeddedBus();
-    ~EmbeddedBus() override;
 
     bool join(const std::string& id, const Endpoint& endpoint) override;
     void leave(const std::string& id) override;
     bool send(const std::string& from, const std::string& to, const std::string& frame) override;
     bool linked(const std::string& from, const std::string& to) override;
     std::vector<std::string> peers(const std::string& id) override;
-    size_t maxFrame() const override;
-    bool post(std::function<void()> task) override;
+    size_t maxFrame() const override { return kMaxFrame; }
+    bool post(std::function<void()> task) override { return mPool.post(std::move(task)); }
 
-    void setFaults(const BusFaults& faults);
-    /// Between two nodes, both ways; frames on their way are lost. Both are told.
+    /// Every link without faults of its own has these. The same seed draws the same faults for the same frames.
+    void setFaults(const LinkFaults& faults, uint32_t seed);
+    void setLinkFaults(const std::string& from, const std::string& to, const LinkFaults& faults);
+    /// Cuts the link in both directions, with a notice to both ends; frames under way are lost.
     void cutLink(const std::string& a, const std::string& b);
-    void mendLink(const std::string& a, const std::string& b);
-    /// The node hears and says nothing, as if its process hung; nobody is told.
+    void restoreLink(const std::string& a, const std::string& b);
+    /// The node hangs: frames to and from it vanish, without a notice to anyone.
     void stopNode(const std::string& id);
-    void startNode(const std::string& id);
+    void resumeNode(const std::string& id);
+    /// Waits until no frame is under way other than those that wait for the clock, no task runs, and nothing of the
+    /// process's nodes is due. Not from a task.
+    void settle();
+    size_t threads() const { return mPool.threads(); }
 
 private:
-    struct Member {
+    struct Node {
         Endpoint endpoint;
-        std::mutex mutex;  // guards what follows
-        std::condition_variable quiet;
-        std::multiset<std::thread::id> running;  // threads inside a function of the endpoint
-        bool left = false;
+        size_t running = 0;  ///< of its functions
+        bool stopped = false;
     };
-    struct Waiting {
+    struct Item {
+        std::shared_ptr<Node> target;  ///< as joined when the item was sent: a successor gets nothing of it
         std::string frame;
-        uint64_t due = 0;
+        bool lost = false;  ///< the notice that the sender's link has failed
     };
     struct Link {
-        std::deque<Waiting> frames;
-        std::string heldBack;  // by reorder
+        std::deque<Item> items;
         bool draining = false;
+        std::deque<Item> held;   ///< a frame that is to be overtaken
+        uint64_t lastDelay = 0;  ///< when the last delayed frame is due
+        size_t delayed = 0;
     };
-    using LinkName = std::pair<std::string, std::string>;
+    using LinkKey = std::pair<std::string, std::string>;
 
-    bool canPass(const std::string& from, const std::string& to) const;
-    void enqueue(const LinkName& name, const std::string& frame);
-    void drain(const LinkName& name);
-    bool chance(double probability);
-    void tellLost(const std::string& to, const std::string& lost);
-    static void call(const std::shared_ptr<Member>& member, const std::function<void(const Endpoint&)>& function);
+    void enqueue(const LinkKey& key, Item item);
+    void submit(const LinkKey& key, Item item);
+    void delay(const LinkKey& key, Item item, uint64_t due);
+    void release(const LinkKey& key);
+    void drain(const LinkKey& key);
+    void notifyLost(const std::string& gone, const std::string& other);
+    void run(const LinkKey& key, Item& item);
+    bool chance(double share);
+    const LinkFaults& faultsOf(const LinkKey& key) const;
+    bool isCut(const std::string& a, const std::string& b) const;
 
-    std::mutex mMutex;  // guards all below but the pool
-    std::map<std::string, std::shared_ptr<Member>> mMembers;
-    std::map<LinkName, Link> mLinks;
-    std::set<LinkName> mCut;  // smaller id first
-    std::set<std::string> mStopped;
-    BusFaults mFaults;
-    std::mt19937_64 mRandom{1};
-    Deadlines mDelays{"OrvBusDelay"};
-    WorkerPool mPool;
+    const std::shared_ptr<Deadlines> mDeadlines;
+    std::mutex mMutex;
+    std::condition_variable mLeft;
+    std::map<std::string, std::shared_ptr<Node>> mNodes;
+    std::map<LinkKey, Link> mLinks;
+    std::set<LinkKey> mCut;  ///< both directions
+    LinkFaults mFaults;
+    std::map<LinkKey, LinkFaults> mLinkFaults;
+    std::mt19937 mRandom;
+    WorkPool mPool;  ///< ends first
 };
 
 }  // namespace Tarnwick::MQ

@@ -1,13 +1,32 @@
 #include "MQ/Frame.h"
 
-#include "Protocol/FieldReader.h"
+#include "Protocol/Encoding.h"
 
 namespace Tarnwick::MQ {
 
-using Protocol::TWField;
+namespace {
 
-std::string Frame::encode() const {
-    Protocol::TWFieldWriter writer;
+std::string_view view(const Public::Base::SharedBuffer& buffer) { return {buffer.buf(), buffer.size()}; }
+
+bool complete(const Frame& frame) {
+    switch (frame.kind) {
+        case FrameKind_Request:
+            return frame.messageId != 0 && !frame.topic.empty() && !frame.waiter.empty();
+        case FrameKind_Answer:
+            return frame.messageId != 0 && !frame.waiter.empty();
+        case FrameKind_Announce:
+            return frame.servers.size() == 1 && !frame.servers.front().serverId.empty();
+        case FrameKind_Hello:
+        case FrameKind_List:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+void Frame::writeFields(Tarnwick::Protocol::TWFieldWriter& writer) const {
     writer.number(1, kind);
     writer.number(2, messageId);
     writer.text(3, sender);
@@ -18,40 +37,68 @@ std::string Frame::encode() const {
     writer.text(8, session);
     writer.number(9, static_cast<uint64_t>(static_cast<int64_t>(errorCode)));
     writer.text(10, errorText);
-    if (hasBody) writer.element(11, body);
-    writer.text(12, authen);
-    return writer.take();
+    writer.text(11, view(body));
+    writer.text(12, view(authen));
+    writer.number(13, token);
+    writer.number(14, level);
+    writer.number(16, hops);
+    writer.number(17, systemServer);
+    for (const auto& server : servers) writer.element(18, server);
+    writer.text(19, master);
 }
 
-namespace {
-
-bool takeField(const TWField& field, Frame& frame) {
+bool Frame::readField(const Tarnwick::Protocol::TWField& field) {
     switch (field.number) {
-        case 1: return field.to(frame.kind);
-        case 2: return field.to(frame.messageId);
-        case 3: return field.to(frame.sender);
-        case 4: return field.to(frame.addressee);
-        case 5: return field.to(frame.finalTarget);
-        case 6: return field.to(frame.waiter);
-        case 7: return field.to(frame.topic);
-        case 8: return field.to(frame.session);
-        case 9: return field.to(frame.errorCode);
-        case 10: return field.to(frame.errorText);
-        case 11: frame.hasBody = true; return field.to(frame.body);
-        case 12: return field.to(frame.authen);
-        default: return true;
+        case 1:
+            return field.to(kind);
+        case 2:
+            return field.to(messageId);
+        case 3:
+            return field.to(sender);
+        case 4:
+            return field.to(addressee);
+        case 5:
+            return field.to(finalTarget);
+        case 6:
+            return field.to(waiter);
+        case 7:
+            return field.to(topic);
+        case 8:
+            return field.to(session);
+        case 9:
+            return field.to(errorCode);
+        case 10:
+            return field.to(errorText);
+        case 11:
+            return field.to(body);
+        case 12:
+            return field.to(authen);
+        case 13:
+            return field.to(token);
+        case 14:
+            return field.to(level);
+        case 16:
+            return field.to(hops);
+        case 17:
+            return field.to(systemServer);
+        case 18:
+            return field.append(servers);
+        case 19:
+            return field.to(master);
+        default:
+            return true;
     }
 }
 
-}  // namespace
+std::string encodeFrame(const Frame& frame) {
+    constexpr size_t kAllButBytes = 512;
+    return Tarnwick::Protocol::encodeRecord(frame, kAllButBytes + frame.body.size() + frame.authen.size());
+}
 
-bool Frame::decode(std::string_view bytes, Frame& frame) {
-    frame = Frame();
-    Protocol::FieldReader reader(bytes);
-    for (TWField field; reader.next(field);) {
-        if (!takeField(field, frame)) return false;
-    }
-    return reader.atEnd() && frame.kind >= Request && frame.kind <= List;
+std::shared_ptr<const Frame> decodeFrame(std::string_view bytes) {
+    auto frame = std::make_shared<Frame>();
+    if (!Tarnwick::Protocol::TWPacket::parseBytes(bytes, *frame) || !complete(*frame)) return nullptr;
+    return frame;
 }
 
 }  // namespace Tarnwick::MQ

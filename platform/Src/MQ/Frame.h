@@ -1,39 +1,55 @@
-// What travels on a bus.
+// What nodes exchange on a bus.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "Public/Base/SharedBuffer.h"
+#include "TWProtocol/TWPacket.h"
+#include "Tarnwick/MQ/TWServerInfo.h"
 
 namespace Tarnwick::MQ {
 
-/// One frame. Encoded in the protobuf wire format, as TWFrame.proto describes; unknown fields are skipped.
-struct Frame {
-    enum Kind : uint32_t {
-        Request = 1,
-        Response = 2,
-        Announce = 3,  ///< a system server tells its peers about itself
-        Hello = 4,     ///< a client tells its server that it is there
-        List = 5,      ///< a server tells a client about all servers
-    };
+enum FrameKind : uint32_t {
+    FrameKind_Request = 1,
+    FrameKind_Answer = 2,
+    FrameKind_Announce = 3,  ///< a server tells its peers about itself: `servers` holds its one record
+    FrameKind_Hello = 4,     ///< a client names its server in `addressee`
+    FrameKind_List = 5,      ///< a server tells its clients which servers there are, and the master
+};
 
+/// The forms of a frame differ in the members that they use. Plain value; shared as const once it is received or built.
+struct Frame : Tarnwick::Protocol::TWPacket {
     uint32_t kind = 0;
-    uint32_t messageId = 0;
-    std::string sender;       ///< in whose name it comes
-    std::string addressee;    ///< node that it is meant for
-    std::string finalTarget;  ///< of a forwarded request, otherwise empty
-    std::string waiter;       ///< node that waits for the answer
+    uint32_t messageId = 0;  ///< of the request, given by the node that waits for the answer
+    uint64_t token = 0;      ///< drawn by that node; an answer that does not bear it is none
+    std::string sender;
+    std::string addressee;
+    std::string finalTarget;  ///< empty when the request is not a forwarded one
+    std::string waiter;       ///< the node that waits for the answer; stays when a request is passed on
     std::string topic;
     std::string session;
     int32_t errorCode = 0;
     std::string errorText;
-    bool hasBody = false;
-    std::string body;    ///< an encoded record
-    std::string authen;  ///< an encoded authentication record, or empty
+    Public::Base::SharedBuffer body;
+    Public::Base::SharedBuffer authen;
+    uint32_t level = 0;
+    uint32_t hops = 0;          ///< how often the request was passed on
+    bool systemServer = false;  ///< Announce: a member of the cluster, not a plain server
+    std::vector<TWServerInfo> servers;
+    std::string master;
 
-    std::string encode() const;
-    /// @return false for bytes that are no frame of a known kind
-    static bool decode(std::string_view bytes, Frame& frame);
+    const char* typeName() const override { return "TWFrame"; }
+    uint64_t typeId() const override { return 0x6b1f93c2d05e8a47ULL; }
+    void writeFields(Tarnwick::Protocol::TWFieldWriter& writer) const override;
+    bool readField(const Tarnwick::Protocol::TWField& field) override;
 };
+
+std::string encodeFrame(const Frame& frame);
+/// Null for bytes that are no frame, for a kind of a later version, and for a frame that lacks what its kind needs.
+std::shared_ptr<const Frame> decodeFrame(std::string_view bytes);
 
 }  // namespace Tarnwick::MQ

@@ -4,33 +4,32 @@
 
 namespace Tarnwick::MQ {
 
-using Protocol::TWPacket;
-using Public::Base::ErrorCode_Failed;
-using Public::Base::ErrorCode_LinkDead;
 using Public::Base::ErrorInfo;
-using Public::Base::SharedBuffer;
+using Tarnwick::Protocol::TWPacket;
 
 namespace {
 
-Frame requestFrame(const std::string& to, const std::string& topic, const SharedBuffer& body, bool hasBody,
-                   const TWPacket* authen) {
-    Frame frame;
-    frame.addressee = to;
-    frame.topic = topic;
-    frame.hasBody = hasBody;
-    frame.body = body.toStdString();
-    frame.authen = TWPacket::serializeAsBytes(authen).toStdString();
-    return frame;
+Frame requestFor(const std::string& to, const std::string& topic, const Public::Base::SharedBuffer& body,
+                 const TWPacket* authen, TWProtoMessageLevel level) {
+    Frame request;
+    request.addressee = to;
+    request.topic = topic;
+    request.body = body;
+    request.authen = TWPacket::serializeAsBytes(authen);
+    request.level = static_cast<uint32_t>(level);
+    return request;
 }
+
+ErrorInfo outcome(bool sent) { return ErrorInfo(sent ? 0 : Public::Base::ErrorCode_LinkDead, ""); }
 
 }  // namespace
 
-Link::Link(std::weak_ptr<Node> node, const std::string& own, const std::string& peer)
-    : mNode(std::move(node)), mOwn(own), mPeer(peer) {}
+Link::Link(std::weak_ptr<Node> node, std::string id, std::string peer)
+    : mNode(std::move(node)), mId(std::move(id)), mPeer(std::move(peer)) {}
 
-unsigned int Link::push(const Frame& frame, const ResponseCallback& callback, unsigned int timeoutMs) {
+unsigned int Link::push(Frame request, const ResponseCallback& callback, unsigned int timeoutMs) {
     const auto node = mNode.lock();
-    return node ? node->request(mPeer, frame, callback, timeoutMs) : 0;
+    return node && !request.topic.empty() ? node->push(mPeer, std::move(request), callback, timeoutMs) : 0;
 }
 
 unsigned int Link::pushMessageRequest(const std::string& topic, const TWPacket* body, const TWPacket* authen,
@@ -40,48 +39,43 @@ unsigned int Link::pushMessageRequest(const std::string& topic, const TWPacket* 
 }
 
 unsigned int Link::pushMessageRequestTo(const std::string& to, const std::string& topic, const TWPacket* body,
-                                        const TWPacket* authen, TWProtoMessageLevel, const ResponseCallback& callback,
-                                        unsigned int timeoutMs) {
-    return push(requestFrame(to, topic, TWPacket::serializeAsBytes(body), body != nullptr, authen), callback, timeoutMs);
+                                        const TWPacket* authen, TWProtoMessageLevel level,
+                                        const ResponseCallback& callback, unsigned int timeoutMs) {
+    return pushStringRequestTo(to, topic, TWPacket::serializeAsBytes(body), authen, level, callback, timeoutMs);
 }
 
-unsigned int Link::pushStringRequestTo(const std::string& to, const std::string& topic, const SharedBuffer& body,
-                                       const TWPacket* authen, TWProtoMessageLevel, const ResponseCallback& callback,
+unsigned int Link::pushStringRequestTo(const std::string& to, const std::string& topic,
+                                       const Public::Base::SharedBuffer& body, const TWPacket* authen,
+                                       TWProtoMessageLevel level, const ResponseCallback& callback,
                                        unsigned int timeoutMs) {
-    return push(requestFrame(to, topic, body, true, authen), callback, timeoutMs);
+    return push(requestFor(to, topic, body, authen, level), callback, timeoutMs);
 }
 
 unsigned int Link::pushSessionMessageRequestForwardTo(const std::string& via, const std::string& to,
                                                       const std::string& topic, const TWPacket* body,
-                                                      const std::string& session, TWProtoMessageLevel,
+                                                      const std::string& session, TWProtoMessageLevel level,
                                                       const ResponseCallback& callback, unsigned int timeoutMs) {
-    Frame frame = requestFrame(via, topic, TWPacket::serializeAsBytes(body), body != nullptr, nullptr);
-    frame.finalTarget = to;
-    frame.session = session;
-    return push(frame, callback, timeoutMs);
+    auto request = requestFor(via, topic, TWPacket::serializeAsBytes(body), nullptr, level);
+    request.finalTarget = to;
+    request.session = session;
+    return push(std::move(request), callback, timeoutMs);
 }
-
-std::string Link::myMqId() const { return mOwn; }
 
 ErrorInfo Link::pushResponse(const std::shared_ptr<MQMessage>& response, bool) {
     const auto node = mNode.lock();
-    if (!response || response->frame().kind != Frame::Response) return {ErrorCode_Failed, ""};
-    // Straight to the node that waits, which need not be the one that the request came from.
-    if (!node || !node->send(response->frame().waiter, response->frame())) return {ErrorCode_LinkDead, ""};
-    return {};
+    return outcome(node && response && node->respond(response->frame()));
 }
 
 ErrorInfo Link::forwardMessageTo(const std::string& from, const std::string& to,
                                  const std::shared_ptr<MQMessage>& message, const TWPacket* authen) {
     const auto node = mNode.lock();
-    if (!message) return {ErrorCode_Failed, ""};
-    Frame frame = message->frame();
-    frame.sender = from;
-    frame.addressee = to;
-    frame.finalTarget = to;
-    frame.authen = TWPacket::serializeAsBytes(authen).toStdString();
-    if (!node || !node->send(mPeer, frame)) return {ErrorCode_LinkDead, ""};
-    return {};
+    if (!node || !message) return outcome(false);
+    auto request = message->frame();
+    request.sender = from;
+    request.addressee = to;
+    request.finalTarget = to;
+    request.authen = TWPacket::serializeAsBytes(authen);
+    return outcome(node->forward(mPeer, std::move(request)));
 }
 
 int Link::connectionState() {

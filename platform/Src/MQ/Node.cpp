@@ -1,228 +1,237 @@
 #include "MQ/Node.h"
 
+#include <exception>
+
 #include "MQ/Link.h"
-#include "Public/Base/ErrorInfo.h"
+#include "Public/Base/Printer.h"
 
 namespace Tarnwick::MQ {
 
-using Public::Base::ErrorCode_LinkDead;
-using Public::Base::ErrorCode_NotSupported;
-using Public::Base::ErrorCode_RequestTimeout;
-using Public::Base::ErrorInfo;
+namespace {
 
-std::shared_ptr<Node> Node::join(std::shared_ptr<Bus> bus, const NodeOptions& options, Role role) {
-    if (!bus) return nullptr;
-    auto node = std::make_shared<Node>(bus, options, role);
-    const std::weak_ptr<Node> weak = node;
+/// A request that has been passed on so often runs in a circle.
+constexpr uint32_t kMostHops = 8;
+
+Frame answerTo(const Frame& request, int code) {
+    Frame answer;
+    answer.kind = FrameKind_Answer;
+    answer.messageId = request.messageId;
+    answer.token = request.token;
+    answer.addressee = request.waiter;
+    answer.waiter = request.waiter;
+    answer.topic = request.topic;
+    answer.errorCode = code;
+    return answer;
+}
+
+std::shared_ptr<MQMessage> callHandler(const RequestHandler& handler, const std::shared_ptr<MQMessage>& message) {
+    try {
+        return handler(message);
+    } catch (const std::exception& error) {
+        Public::Base::printer(Public::Base::LOG_Level_Error, "platform/Src/MQ", __func__, __LINE__,
+                              "a handler of %s threw: %s",
+                              {Public::Base::Value(message->topic()), Public::Base::Value(std::string(error.what()))});
+        return message->buildResponse(Public::Base::ErrorInfo(Public::Base::ErrorCode_Failed, ""), nullptr);
+    }
+}
+
+}  // namespace
+
+Node::Node(std::shared_ptr<Bus> bus, std::string id, std::shared_ptr<Membership> membership)
+    : mBus(std::move(bus)), mId(std::move(id)), mMembership(std::move(membership)), mDeadlines(Deadlines::shared()) {}
+
+bool Node::open() {
+    const auto weak = weak_from_this();
     Bus::Endpoint endpoint;
-    endpoint.onFrame = [weak](const std::string& from, const std::string& frame) {
-        if (const auto self = weak.lock()) self->onFrame(from, frame);
+    endpoint.onFrame = [weak](const std::string& from, const std::string& bytes) {
+        if (const auto node = weak.lock()) node->onFrame(from, bytes);
     };
     endpoint.onLost = [weak](const std::string& peer) {
-        if (const auto self = weak.lock()) self->onLost(peer);
+        if (const auto node = weak.lock()) node->onLost(peer);
     };
-    if (!bus->join(options.id, endpoint)) {
-        node->mLeft = true;  // the id is another's
-        return nullptr;
+    mJoined = mBus->join(mId, endpoint);
+    if (!mJoined) return false;
+    beat();
+    return true;
+}
+
+void Node::close() {
+    if (mClosed.exchange(true)) return;
+    mSubscriptions.close();
+    {
+        std::lock_guard lock(mBeatMutex);
+        if (mBeatKey) mDeadlines->cancel(*mBeatKey);
     }
-    node->tellPresence();
-    return node;
-}
-
-Node::Node(std::shared_ptr<Bus> bus, const NodeOptions& options, Role role)
-    : mBus(std::move(bus)),
-      mOptions(options),
-      mRole(role),
-      mServerId(role == Role::Client || !options.serverId.empty() ? options.serverId : options.id),
-      mDeadlines("OrvQueueTimer") {
-    if (mRole == Role::SystemServer) mPresence.own(ownInfo(), mOptions.id);
-}
-
-Node::~Node() { leave(); }
-
-void Node::leave() {
-    if (mLeft.exchange(true)) return;
-    mBus->leave(mOptions.id);
-    for (const auto& entry : mPending.close()) fail(entry, ErrorCode_LinkDead);
-    std::map<std::string, std::shared_ptr<MQConnection>> links;  // go after the lock is given back
-    std::lock_guard lock(mMutex);
+    if (mJoined) mBus->leave(mId);  // else the id is another node's
+    for (auto& entry : mPending.close()) fail(std::move(entry), Public::Base::ErrorCode_LinkDead);
+    std::map<std::string, std::shared_ptr<MQConnection>> links;
+    std::lock_guard lock(mLinkMutex);
     links.swap(mLinks);
 }
 
-std::shared_ptr<MQConnection> Node::link(const std::string& node) {
-    std::lock_guard lock(mMutex);
-    auto& link = mLinks[node];
-    if (!link) link = std::make_shared<Link>(weak_from_this(), mOptions.id, node);
+std::shared_ptr<MQConnection> Node::linkTo(const std::string& peer) {
+    std::lock_guard lock(mLinkMutex);
+    if (mClosed) return nullptr;
+    auto& link = mLinks[peer];
+    if (!link) link = std::make_shared<Link>(weak_from_this(), mId, peer);
     return link;
 }
 
-std::shared_ptr<MQConnection> Node::linkToServer(const std::string& serverId) {
-    std::string node = mPresence.nodeOf(serverId);
-    if (node.empty()) node = serverId;
-    if (node == serverId && !usable(node)) {
-        TWServerInfo info;
-        if (!mPresence.find(serverId, info, now())) return nullptr;
-    }
-    return link(node);
+bool Node::usable(const std::string& peer) {
+    if (mClosed) return false;
+    return peer == mId || (mBus->linked(mId, peer) && mMembership->alive(peer));
 }
 
-bool Node::usable(const std::string& node) { return !mLeft && (node == mOptions.id || mBus->linked(mOptions.id, node)); }
-
-bool Node::send(const std::string& peer, const Frame& frame) {
-    const std::string bytes = frame.encode();
-    if (mLeft || bytes.size() > mBus->maxFrame()) return false;
-    if (peer != mOptions.id) return mBus->send(mOptions.id, peer, bytes);
-    // A node's link to itself does not need the bus.
-    return mBus->post([weak = weak_from_this(), bytes, peer] {
-        if (const auto self = weak.lock()) self->onFrame(peer, bytes);
-    });
-}
-
-uint32_t Node::request(const std::string& peer, Frame frame, const ResponseCallback& callback, unsigned int timeoutMs) {
+uint32_t Node::push(const std::string& peer, Frame frame, const ResponseCallback& callback, unsigned timeoutMs) {
     if (!usable(peer)) return 0;
-    const uint32_t id = mPending.add(callback, peer);
-    if (id == 0) return 0;
-    const auto deadline = mDeadlines.after(timeoutMs, [weak = weak_from_this(), id] {
-        const auto self = weak.lock();
-        PendingRequests::Entry entry;
-        if (self && self->mPending.take(id, entry)) self->fail(entry, ErrorCode_RequestTimeout);
+    const auto entry = mPending.add(peer, frame.topic, callback);
+    if (!entry) return 0;
+    frame.kind = FrameKind_Request;
+    frame.messageId = entry->id;
+    frame.token = entry->token;
+    frame.sender = mId;
+    frame.waiter = mId;
+    const auto key = mDeadlines->at(mDeadlines->now() + timeoutMs, [weak = weak_from_this(), id = entry->id] {
+        if (const auto node = weak.lock()) node->expire(id);
     });
-    if (!mPending.setDeadline(id, deadline)) mDeadlines.cancel(deadline);
-    frame.kind = Frame::Request;
-    frame.messageId = id;
-    frame.sender = mOptions.id;
-    frame.waiter = mOptions.id;
-    if (send(peer, frame)) return id;
-    PendingRequests::Entry entry;
-    // Where the callback has run meanwhile, the request counts as sent.
-    if (!mPending.take(id, entry)) return id;
-    mDeadlines.cancel(entry.deadline);
+    if (!mPending.setDeadline(entry->id, key)) mDeadlines->cancel(key);
+    if (transmit(peer, encodeFrame(frame))) return entry->id;
+    // Whoever took the entry meanwhile calls the callback; then the push counts as made.
+    if (!mPending.take(entry->id)) return entry->id;
+    mDeadlines->cancel(key);
     return 0;
 }
 
-void Node::finish(const PendingRequests::Entry& entry, const std::shared_ptr<MQMessage>& answer) {
-    mDeadlines.cancel(entry.deadline);
-    const auto run = [callback = entry.callback, answer] { callback(answer); };
-    if (!mBus->post(run)) run();
+bool Node::respond(Frame answer) {
+    if (answer.kind != FrameKind_Answer) return false;
+    answer.sender = mId;
+    const auto bytes = encodeFrame(answer);
+    if (bytes.size() <= mBus->maxFrame()) return transmit(answer.waiter, bytes);
+    // An answer that the bus cannot carry would leave the other side waiting for its time-out.
+    auto failure = answerTo(answer, Public::Base::ErrorCode_Failed);
+    failure.sender = mId;
+    transmit(answer.waiter, encodeFrame(failure));
+    return false;
 }
 
-void Node::fail(const PendingRequests::Entry& entry, int code) {
-    auto frame = std::make_shared<Frame>();
-    frame->kind = Frame::Response;
-    frame->errorCode = code;
-    frame->sender = entry.link;
-    frame->addressee = mOptions.id;
-    finish(entry, std::make_shared<MQMessage>(frame, std::weak_ptr<MQConnection>()));
-}
-
-void Node::onFrame(const std::string& from, const std::string& bytes) {
-    auto frame = std::make_shared<Frame>();
-    if (!Frame::decode(bytes, *frame)) return;
-    switch (frame->kind) {
-        case Frame::Request: return onRequest(from, frame);
-        case Frame::Response: return onResponse(from, frame);
-        case Frame::Announce: return onAnnounce(from, *frame);
-        case Frame::List: return onList(from, *frame);
-        case Frame::Hello: {
-            {
-                std::lock_guard lock(mMutex);
-                mClients[from] = now();
-            }
-            return tellPresenceTo(from);
-        }
-        default: return;
+bool Node::forward(const std::string& peer, Frame request) {
+    if (request.kind != FrameKind_Request) return false;
+    if (request.hops >= kMostHops) {
+        respond(answerTo(request, Public::Base::ErrorCode_NoSuchNode));
+        return false;
     }
+    ++request.hops;
+    if (usable(peer) && transmit(peer, encodeFrame(request))) return true;
+    respond(answerTo(request, Public::Base::ErrorCode_LinkDead));
+    return false;
 }
 
-void Node::onRequest(const std::string& from, const std::shared_ptr<const Frame>& frame) {
-    // Handlers may block, so each runs as a task of its own and the link goes on.
-    mBus->post([weak = weak_from_this(), from, frame] {
-        const auto self = weak.lock();
-        if (!self || self->mLeft) return;
-        const auto connection = self->link(from);
-        const auto message = std::make_shared<MQMessage>(frame, connection);
-        bool known = false;
-        auto response = self->mSubscriptions.dispatch(frame->topic, message, known);
-        if (!known) response = message->buildResponse(ErrorInfo(ErrorCode_NotSupported, ""), nullptr);
-        if (response) connection->pushResponse(response, false);
+/// What a node sends to itself does not depend on the bus.
+bool Node::transmit(const std::string& to, const std::string& bytes) {
+    if (mClosed || bytes.size() > mBus->maxFrame()) return false;
+    if (to != mId) return mBus->send(mId, to, bytes);
+    return mBus->post([weak = weak_from_this(), bytes] {
+        if (const auto node = weak.lock()) node->onFrame(node->mId, bytes);
     });
 }
 
-void Node::onResponse(const std::string& from, const std::shared_ptr<const Frame>& frame) {
-    PendingRequests::Entry entry;
-    if (frame->waiter == mOptions.id && mPending.take(frame->messageId, entry)) {
-        finish(entry, std::make_shared<MQMessage>(frame, link(from)));
+/// Runs on the link's turn, so it only sorts: handlers and callbacks get tasks of their own and cannot hold up the
+/// link.
+void Node::onFrame(const std::string& from, const std::string& bytes) {
+    const auto frame = decodeFrame(bytes);
+    if (!frame || mClosed) return;
+    switch (frame->kind) {
+        case FrameKind_Request:
+            // A sender speaks for itself; only who passes a request on names another node that waits.
+            if (frame->sender == frame->waiter && frame->sender != from) return;
+            post([weak = weak_from_this(), frame, from] {
+                if (const auto node = weak.lock()) node->serve(frame, from);
+            });
+            return;
+        case FrameKind_Answer:
+            onAnswer(frame, from);
+            return;
+        default:
+            mMembership->receive(from, *frame, mDeadlines->now());
     }
+}
+
+void Node::onAnswer(const std::shared_ptr<const Frame>& answer, const std::string& from) {
+    if (answer->waiter != mId) return;
+    if (auto entry = mPending.takeAnswered(answer->messageId, answer->token)) call(std::move(*entry), answer, from);
 }
 
 void Node::onLost(const std::string& peer) {
-    mPresence.lost(peer);
-    {
-        std::lock_guard lock(mMutex);
-        mClients.erase(peer);
+    if (mClosed) return;
+    mMembership->lost(peer);
+    for (auto& entry : mPending.takeSentTo(peer)) fail(std::move(entry), Public::Base::ErrorCode_LinkDead);
+}
+
+void Node::expire(uint32_t id) {
+    if (auto entry = mPending.take(id)) fail(std::move(*entry), Public::Base::ErrorCode_RequestTimeout);
+}
+
+/// The first response goes out at once, not after the handlers that follow.
+void Node::serve(const std::shared_ptr<const Frame>& request, const std::string& from) {
+    const auto message = std::make_shared<MQMessage>(request, linkTo(from));
+    bool called = false;
+    bool answered = false;
+    for (const auto& entry : mSubscriptions.of(request->topic)) {
+        if (!mSubscriptions.begin(entry)) continue;
+        called = true;
+        const auto response = callHandler(entry->handler, message);
+        if (!response || answered) continue;
+        answered = true;
+        respond(response->frame());
     }
-    for (const auto& entry : mPending.takeLink(peer)) fail(entry, ErrorCode_LinkDead);
+    if (!called && !mClosed) answerUnserved(*request);
 }
 
-void Node::onAnnounce(const std::string& from, const Frame& frame) {
-    TWServerInfo info;
-    if (mRole == Role::Client || !Protocol::TWPacket::parseBytes(frame.body, info) || info.serverId.empty()) return;
-    // One who is new has not heard of this node either.
-    if (mPresence.heard(info, from, now())) tellPresenceTo(from);
+/// Better than a time-out: nobody here serves the topic, and nobody here passes a request on to another node.
+void Node::answerUnserved(const Frame& request) {
+    const bool mine = request.addressee.empty() || request.addressee == mId;
+    respond(answerTo(request, mine ? Public::Base::ErrorCode_NotSupported : Public::Base::ErrorCode_NoSuchNode));
 }
 
-void Node::onList(const std::string& from, const Frame& frame) {
-    ServerList list;
-    if (mRole == Role::Client && from == mServerId && decodeServerList(frame.body, list)) mPresence.replace(list);
+void Node::beat() {
+    if (mClosed) return;
+    armBeat(mMembership->tick(mDeadlines->now()));
 }
 
-TWServerInfo Node::ownInfo() const {
-    TWServerInfo info;
-    info.serverId = mServerId;
-    info.systemId = mOptions.systemId;
-    info.version = mOptions.version;
-    for (const auto& address : mOptions.addresses) {
-        info.addresses += address.getIP() + " " + std::to_string(address.getPort()) + "\n";
-    }
-    info.reachable = true;
-    info.ready = mOptions.ready;
-    return info;
-}
-
-void Node::tellPresence() {
-    if (mLeft) return;
-    if (mRole == Role::Client) {
-        if (!mServerId.empty()) tellPresenceTo(mServerId);
-    } else {
-        for (const auto& peer : mBus->peers(mOptions.id)) tellPresenceTo(peer);
-    }
-    mDeadlines.after(Presence::kAnnounceEveryMs, [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->tellPresence();
+void Node::armBeat(uint64_t next) {
+    std::lock_guard lock(mBeatMutex);
+    if (next == kNever || mClosed) return;
+    mBeatKey = mDeadlines->at(next, [weak = weak_from_this()] {
+        const auto node = weak.lock();
+        if (!node) return;
+        node->post([weak] {
+            if (const auto beating = weak.lock()) beating->beat();
+        });
     });
 }
 
-void Node::tellPresenceTo(const std::string& peer) {
-    Frame frame;
-    frame.sender = mOptions.id;
-    frame.addressee = peer;
-    bool isClient = false;
-    {
-        std::lock_guard lock(mMutex);
-        isClient = mClients.contains(peer);
-    }
-    if (mRole == Role::Client) {
-        frame.kind = Frame::Hello;
-    } else if (isClient) {
-        frame.kind = Frame::List;
-        frame.body = encodeServerList(mPresence.list(mOptions.systemId, now()));
-    } else if (mRole == Role::SystemServer) {
-        frame.kind = Frame::Announce;
-        frame.body = Protocol::TWPacket::serializeAsBytes(ownInfo()).toStdString();
-    } else {
-        return;
-    }
-    frame.hasBody = !frame.body.empty();
-    send(peer, frame);
+void Node::fail(PendingRequests::Entry entry, int code) {
+    auto answer = std::make_shared<Frame>();
+    answer->kind = FrameKind_Answer;
+    answer->messageId = entry.id;
+    answer->token = entry.token;
+    answer->sender = entry.peer;
+    answer->addressee = mId;
+    answer->waiter = mId;
+    answer->topic = entry.topic;
+    answer->errorCode = code;
+    const auto peer = entry.peer;
+    call(std::move(entry), std::move(answer), peer);
+}
+
+void Node::call(PendingRequests::Entry entry, std::shared_ptr<const Frame> answer, const std::string& from) {
+    if (entry.deadline) mDeadlines->cancel(*entry.deadline);
+    auto message = std::make_shared<MQMessage>(std::move(answer), linkTo(from));
+    post([callback = std::move(entry.callback), message = std::move(message)] { callback(message); });
+}
+
+void Node::post(std::function<void()> task) {
+    if (!mBus->post(task)) task();
 }
 
 }  // namespace Tarnwick::MQ

@@ -1,4 +1,4 @@
-// One node of the queue, above any bus: requests and answers, subscriptions, presence.
+// A node of the queue: what clients and servers have in common.
 #pragma once
 
 #include <atomic>
@@ -8,67 +8,66 @@
 #include <string>
 
 #include "MQ/Deadlines.h"
-#include "MQ/Frame.h"
+#include "MQ/Membership.h"
 #include "MQ/PendingRequests.h"
-#include "MQ/Presence.h"
 #include "MQ/Subscriptions.h"
 #include "Tarnwick/MQ/Bus.h"
 
 namespace Tarnwick::MQ {
 
-/// What all three kinds of queue object share. Held by the queue object, referred to weakly by bus, links and timers.
+/// Turns frames into requests, handlers' results and answers. Held by the queue object that a host owns, and weakly by
+/// everything else; what it was given lives on in tasks only until they have run.
 class Node : public std::enable_shared_from_this<Node> {
 public:
-    enum class Role { Client, Server, SystemServer };
+    Node(std::shared_ptr<Bus> bus, std::string id, std::shared_ptr<Membership> membership);
 
-    /// Joins the bus. @return null when the id is empty or taken
-    static std::shared_ptr<Node> join(std::shared_ptr<Bus> bus, const NodeOptions& options, Role role);
-    Node(std::shared_ptr<Bus> bus, const NodeOptions& options, Role role);
-    ~Node();
-    /// Leaves the bus. No handler begins afterwards; callbacks that still wait run with -203.
-    void leave();
+    /// Joins the bus. @return false when the id is empty or taken
+    bool open();
+    /// Leaves the bus; callbacks that still wait run with -203, on the pool. May be called inside a handler or
+    /// callback.
+    void close();
 
-    const NodeOptions& options() const { return mOptions; }
-    const std::string& serverId() const { return mServerId; }
+    const std::string& id() const { return mId; }
     Subscriptions& subscriptions() { return mSubscriptions; }
-    const Presence& presence() const { return mPresence; }
-    uint64_t now() const { return mDeadlines.now(); }
 
-    /// The link to that node, made on first use.
-    std::shared_ptr<MQConnection> link(const std::string& node);
-    /// The link on which that server is reached; null when neither the cluster nor the bus knows it.
-    std::shared_ptr<MQConnection> linkToServer(const std::string& serverId);
-    bool usable(const std::string& node);
+    /// One object a peer, for as long as the node is open; null afterwards.
+    std::shared_ptr<MQConnection> linkTo(const std::string& peer);
+    /// False when frames to that peer are known not to arrive.
+    bool usable(const std::string& peer);
 
-    /// Sends a request on the link to `peer`. @return its id, or 0 when it could not be sent
-    uint32_t request(const std::string& peer, Frame frame, const ResponseCallback& callback, unsigned int timeoutMs);
-    bool send(const std::string& peer, const Frame& frame);
+    /// Sends a request by way of that peer; `frame` lacks id, token and sender. @return the id, or 0
+    uint32_t push(const std::string& peer, Frame frame, const ResponseCallback& callback, unsigned timeoutMs);
+    /// Sends an answer to the node that waits for it.
+    bool respond(Frame answer);
+    /// Passes a request on by way of that peer. When that fails the queue answers the request itself.
+    bool forward(const std::string& peer, Frame request);
 
 private:
     void onFrame(const std::string& from, const std::string& bytes);
     void onLost(const std::string& peer);
-    void onRequest(const std::string& from, const std::shared_ptr<const Frame>& frame);
-    void onResponse(const std::string& from, const std::shared_ptr<const Frame>& frame);
-    void onAnnounce(const std::string& from, const Frame& frame);
-    void onList(const std::string& from, const Frame& frame);
-    void finish(const PendingRequests::Entry& entry, const std::shared_ptr<MQMessage>& answer);
-    void fail(const PendingRequests::Entry& entry, int code);
-    void tellPresence();
-    void tellPresenceTo(const std::string& peer);
-    TWServerInfo ownInfo() const;
+    void onAnswer(const std::shared_ptr<const Frame>& answer, const std::string& from);
+    void serve(const std::shared_ptr<const Frame>& request, const std::string& from);
+    void answerUnserved(const Frame& request);
+    void expire(uint32_t id);
+    void beat();
+    void armBeat(uint64_t next);
+    bool transmit(const std::string& to, const std::string& bytes);
+    void fail(PendingRequests::Entry entry, int code);
+    void call(PendingRequests::Entry entry, std::shared_ptr<const Frame> answer, const std::string& from);
+    void post(std::function<void()> task);
 
     const std::shared_ptr<Bus> mBus;
-    const NodeOptions mOptions;
-    const Role mRole;
-    const std::string mServerId;
-    std::atomic<bool> mLeft{false};
+    const std::string mId;
+    const std::shared_ptr<Membership> mMembership;
+    const std::shared_ptr<Deadlines> mDeadlines;
     Subscriptions mSubscriptions;
     PendingRequests mPending;
-    Presence mPresence;
-    std::mutex mMutex;  // guards the two below
+    bool mJoined = false;  ///< set before anyone else sees the node
+    std::atomic<bool> mClosed{false};
+    std::mutex mLinkMutex;
     std::map<std::string, std::shared_ptr<MQConnection>> mLinks;
-    std::map<std::string, uint64_t> mClients;  // when each was last heard
-    Deadlines mDeadlines;
+    std::mutex mBeatMutex;
+    std::optional<Deadlines::Key> mBeatKey;
 };
 
 }  // namespace Tarnwick::MQ

@@ -1,49 +1,52 @@
 #include "MQ/Subscriptions.h"
 
+#include <algorithm>
+
 namespace Tarnwick::MQ {
 
 void Subscriptions::add(const std::string& topic, void* owner, const RequestHandler& handler) {
     auto entry = std::make_shared<Entry>();
-    entry->topic = topic;
     entry->owner = owner;
     entry->handler = handler;
     std::lock_guard lock(mMutex);
-    mEntries.push_back(std::move(entry));
+    if (!mClosed) mTopics[topic].push_back(std::move(entry));
 }
 
 void Subscriptions::remove(void* owner) {
-    std::list<std::shared_ptr<Entry>> removed;  // handlers go after the lock is given back
+    std::vector<std::shared_ptr<Entry>> removed;  // handlers go after the lock is given back
     std::lock_guard lock(mMutex);
-    for (auto entry = mEntries.begin(); entry != mEntries.end();) {
-        const auto next = std::next(entry);
-        if ((*entry)->owner == owner) {
-            (*entry)->removed = true;
-            removed.splice(removed.end(), mEntries, entry);
+    for (auto topic = mTopics.begin(); topic != mTopics.end();) {
+        auto& entries = topic->second;
+        const auto kept = std::stable_partition(entries.begin(), entries.end(),
+                                                [owner](const auto& entry) { return entry->owner != owner; });
+        for (auto gone = kept; gone != entries.end(); ++gone) {
+            (*gone)->active = false;
+            removed.push_back(*gone);
         }
-        entry = next;
+        entries.erase(kept, entries.end());
+        topic = entries.empty() ? mTopics.erase(topic) : std::next(topic);
     }
 }
 
-std::shared_ptr<MQMessage> Subscriptions::dispatch(const std::string& topic, const std::shared_ptr<MQMessage>& message,
-                                                   bool& known) {
-    std::vector<std::shared_ptr<Entry>> entries;
-    {
-        std::lock_guard lock(mMutex);
-        for (const auto& entry : mEntries) {
-            if (entry->topic == topic) entries.push_back(entry);
-        }
+void Subscriptions::close() {
+    std::map<std::string, std::vector<std::shared_ptr<Entry>>> removed;
+    std::lock_guard lock(mMutex);
+    mClosed = true;
+    removed.swap(mTopics);
+    for (auto& topic : removed) {
+        for (auto& entry : topic.second) entry->active = false;
     }
-    known = !entries.empty();
-    std::shared_ptr<MQMessage> response;
-    for (const auto& entry : entries) {
-        {
-            std::lock_guard lock(mMutex);
-            if (entry->removed) continue;
-        }
-        const auto answer = entry->handler(message);
-        if (!response) response = answer;
-    }
-    return response;
+}
+
+std::vector<std::shared_ptr<Subscriptions::Entry>> Subscriptions::of(const std::string& topic) {
+    std::lock_guard lock(mMutex);
+    const auto found = mTopics.find(topic);
+    return found == mTopics.end() ? std::vector<std::shared_ptr<Entry>>() : found->second;
+}
+
+bool Subscriptions::begin(const std::shared_ptr<Entry>& entry) {
+    std::lock_guard lock(mMutex);
+    return entry->active;
 }
 
 }  // namespace Tarnwick::MQ

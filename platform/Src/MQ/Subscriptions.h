@@ -1,7 +1,7 @@
-// Which handlers a node has for which topic.
+// Who serves which topic on a node.
 #pragma once
 
-#include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -11,26 +11,28 @@
 
 namespace Tarnwick::MQ {
 
-/// All operations may be called from any thread; handlers are called under no lock.
+/// All operations may be called from any thread, also from a handler.
 class Subscriptions {
 public:
-    void add(const std::string& topic, void* owner, const RequestHandler& handler);
-    /// After it returns no further call of the owner's handlers begins.
-    void remove(void* owner);
-    /// Calls every handler of the topic in the order of subscription. @param known whether there was one
-    /// @return the first response that is not null
-    std::shared_ptr<MQMessage> dispatch(const std::string& topic, const std::shared_ptr<MQMessage>& message, bool& known);
-
-private:
     struct Entry {
-        std::string topic;
         void* owner = nullptr;
         RequestHandler handler;
-        bool removed = false;  // guarded by mMutex
+        bool active = true;
     };
 
+    void add(const std::string& topic, void* owner, const RequestHandler& handler);
+    void remove(void* owner);
+    /// Ends all; nothing can be added afterwards.
+    void close();
+    /// In the order of subscription.
+    std::vector<std::shared_ptr<Entry>> of(const std::string& topic);
+    /// True when the entry may still be called. What begins after the entry was removed gets false.
+    bool begin(const std::shared_ptr<Entry>& entry);
+
+private:
     std::mutex mMutex;
-    std::list<std::shared_ptr<Entry>> mEntries;
+    std::map<std::string, std::vector<std::shared_ptr<Entry>>> mTopics;
+    bool mClosed = false;
 };
 
 }  // namespace Tarnwick::MQ

@@ -1,15 +1,21 @@
 #include "Tarnwick/MQ/TWMQClient.h"
 
+#include "MQ/ClientMembership.h"
 #include "MQ/Node.h"
 
 namespace Tarnwick::MQ {
 
 namespace {
 
-class Client : public TWMQClient {
+class ClientNode : public TWMQClient {
 public:
-    explicit Client(std::shared_ptr<Node> node) : mNode(std::move(node)) {}
-    ~Client() override { mNode->leave(); }
+    ClientNode(const std::shared_ptr<Bus>& bus, const NodeOptions& options)
+        : mServerId(options.serverId),
+          mMembership(std::make_shared<ClientMembership>(bus, options, Deadlines::shared()->now())),
+          mNode(std::make_shared<Node>(bus, options.id, mMembership)) {}
+    ~ClientNode() override { mNode->close(); }
+
+    bool open() { return mNode->open(); }
 
     void subscribe(const std::string& topic, void* owner, const RequestHandler& handler,
                    const Public::Base::Function<void(const std::shared_ptr<MQMessage>&)>&) override {
@@ -18,27 +24,30 @@ public:
     void unsubcribe(void* owner) override { mNode->subscriptions().remove(owner); }
 
     std::shared_ptr<MQConnection> connection() const override {
-        return mNode->serverId().empty() ? nullptr : mNode->link(mNode->serverId());
+        return mServerId.empty() ? nullptr : mNode->linkTo(mServerId);
     }
-    std::string masterId() const override { return mNode->presence().master("", mNode->now()); }
+    std::string masterId() const override { return hasLiveLink() ? mMembership->master() : std::string(); }
     Public::Base::ErrorInfo getServerList(ServerList& list) const override {
         list.clear();
-        if (mNode->serverId().empty() || !mNode->usable(mNode->serverId())) {
-            return {Public::Base::ErrorCode_LinkDead, ""};
-        }
-        list = mNode->presence().list("", mNode->now());
-        return {};
+        if (!hasLiveLink()) return Public::Base::ErrorInfo(Public::Base::ErrorCode_LinkDead, "");
+        list = mMembership->list();
+        return Public::Base::ErrorInfo(0, "");
     }
 
 private:
+    bool hasLiveLink() const { return !mServerId.empty() && mNode->usable(mServerId); }
+
+    const std::string mServerId;
+    const std::shared_ptr<ClientMembership> mMembership;
     const std::shared_ptr<Node> mNode;
 };
 
 }  // namespace
 
 std::shared_ptr<TWMQClient> TWMQClient::create(std::shared_ptr<Bus> bus, const NodeOptions& options) {
-    auto node = Node::join(std::move(bus), options, Node::Role::Client);
-    return node ? std::make_shared<Client>(std::move(node)) : nullptr;
+    if (!bus) return nullptr;
+    auto client = std::make_shared<ClientNode>(bus, options);
+    return client->open() ? client : nullptr;
 }
 
 }  // namespace Tarnwick::MQ

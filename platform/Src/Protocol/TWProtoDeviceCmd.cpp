@@ -12,12 +12,18 @@ void TWProtoUpgradeInfo::writeFields(TWFieldWriter& writer) const {
 
 bool TWProtoUpgradeInfo::readField(const TWField& field) {
     switch (field.number) {
-        case 1: return field.to(transferId);
-        case 2: return field.to(fileSize);
-        case 3: return field.to(data);
-        case 4: return field.to(position);
-        case 5: return field.to(versionInfo);
-        default: return true;
+        case 1:
+            return field.to(transferId);
+        case 2:
+            return field.to(fileSize);
+        case 3:
+            return field.to(data);
+        case 4:
+            return field.to(position);
+        case 5:
+            return field.to(versionInfo);
+        default:
+            return true;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "OrvBackup.h"
 
+#include "FileSizeLimit.h"
 #include "FileText.h"
 #include "LogRecorder.h"
 #include "TempDir.h"
@@ -393,4 +394,64 @@ TEST_F(OrvBackupTest, ANameThatClimbsIsNotRestoredOutsideOfTheDirectory) {
     std::filesystem::create_directories(saved());
     EXPECT_EQ(mBackup.restore("..\\evil.txt", app("sub")).errorCode(), -602);
     EXPECT_FALSE(std::filesystem::exists(app()));
+}
+
+TEST_F(OrvBackupTest, ADirectoryWithoutANameDoesNotStandForTheRoot) {
+    // Behind an empty text the names would be taken from the root, or put there.
+    const std::string name = app("a.txt").substr(1);
+    writeText(app("a.txt"), "old");
+    OrvBackup nowhere("");
+    EXPECT_EQ(nowhere.backup("a.txt", app()).errorCode(), -602);
+    EXPECT_EQ(nowhere.restore(name, app("sub")).errorCode(), -602);
+    EXPECT_EQ(mBackup.backup(name, "").errorCode(), -602);
+    EXPECT_EQ(mBackup.restore(name, "").errorCode(), -602);
+    EXPECT_FALSE(std::filesystem::exists("/a.txt"));
+    EXPECT_EQ(filesBelow(mRoot), (std::set<std::string>{"app/a.txt"}));
+    EXPECT_EQ(readText(app("a.txt")), "old");
+}
+
+TEST_F(OrvBackupTest, WalksWithoutADirectoryTellEachFileAndCopyNone) {
+    writeText(app("walked.txt"), "A");
+    writeText(saved("walked.txt"), "A");
+    EXPECT_EQ(OrvBackup("").backup(app(), note()).errorCode(), 0);
+    EXPECT_EQ(mResults["/walked.txt"].errorCode(), -602);
+    mResults.clear();
+    EXPECT_EQ(mBackup.restore("", note()).errorCode(), 0);
+    EXPECT_EQ(mResults["/walked.txt"].errorCode(), -602);
+    EXPECT_FALSE(std::filesystem::exists("/walked.txt"));
+    mResults.clear();
+    EXPECT_EQ(OrvBackup("").restore(app(), note()).errorCode(), 0);
+    EXPECT_EQ(mBackup.backup("", note()).errorCode(), 0);
+    EXPECT_TRUE(mResults.empty());
+    EXPECT_TRUE(OrvBackup("").clear());
+}
+
+TEST_F(OrvBackupTest, AnEmptyNameIsADirectoryAndIsNotCopied) {
+    writeText(app("a.txt"), "old");
+    EXPECT_LT(mBackup.backup("", app()).errorCode(), -10000);
+    EXPECT_LT(mBackup.restore("", app()).errorCode(), -10000);
+    EXPECT_TRUE(filesBelow(saved()).empty());
+    EXPECT_EQ(readText(app("a.txt")), "old");
+}
+
+TEST_F(OrvBackupTest, AFullDiskGivesTheSystemsErrorAndKeepsTheSource) {
+    const std::string content(1 << 20, 'x');
+    writeText(app("big.bin"), content);
+    writeText(app("small.txt"), "S");
+    std::filesystem::create_directories(saved());
+    {
+        const support::FileSizeLimit full(4096);
+        EXPECT_EQ(mBackup.backup("big.bin", app()).errorCode(), -(10000 + EFBIG));
+        EXPECT_EQ(mBackup.backup(app(), note()).errorCode(), 0);
+    }
+    EXPECT_EQ(mResults["/big.bin"].errorCode(), -(10000 + EFBIG));
+    EXPECT_EQ(mResults["/small.txt"].errorCode(), 0);
+    EXPECT_EQ(readText(app("big.bin")), content);
+    EXPECT_TRUE(std::filesystem::exists(saved("big.bin")));  // what a copy left half-way stays
+}
+
+TEST_F(OrvBackupTest, AWalkWhereAFileStandsForTheDirectoryCallsNothing) {
+    writeText(app(), "a file");
+    EXPECT_EQ(mBackup.backup(app(), note()).errorCode(), 0);
+    EXPECT_TRUE(mResults.empty());
 }

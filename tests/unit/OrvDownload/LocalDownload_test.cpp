@@ -209,14 +209,18 @@ TEST_F(LocalTransfer, IsNotFinishedAnyMoreWhenThePackageHasGoneBadSince) {
 }
 
 TEST_F(LocalTransfer, MayBeReleasedByItsOwnCallback) {
-    auto transfer = std::make_shared<LocalDownload>(badPackage());
-    std::shared_ptr<IDownload> held = transfer;
-    const auto callback = [&] {
-        ++mCalls;
-        held.reset();
-    };
-    EXPECT_EQ(transfer->start(callback).errorCode(), -416);
-    EXPECT_EQ(mCalls, 1);
+    for (const auto& [path, code] : {std::pair(mStore.put("p.exe"), 0), std::pair(badPackage(), -416)}) {
+        auto owner = std::make_shared<LocalDownload>(path);
+        const std::weak_ptr<LocalDownload> watched = owner;
+        bool gone = false;
+        LocalDownload& transfer = *owner;
+        const ErrorInfo error = transfer.start([&] {
+            owner.reset();
+            gone = watched.expired();
+        });
+        EXPECT_EQ(error.errorCode(), code);
+        EXPECT_TRUE(gone);
+    }
 }
 
 TEST_F(SlowLocalTransfer, DoesNotCallBackWhenCancelledDuringTheTest) {

@@ -87,6 +87,11 @@ TEST_F(AgentInstallerTest, LogsEachStepOfALaunch) {
     EXPECT_TRUE(log.has(kProgress, "AgentInstaller copyDependens ready, from " + mProgramDir + " to " + directory));
     EXPECT_TRUE(log.has(kProgress, "startInstall: createAdminisratorProcess " + program));
     EXPECT_TRUE(log.has(kProgress, "startInstall: createAdminisratorProcess ready " + program));
+    EXPECT_EQ(log.entries().size(), 4U);
+    for (const auto& entry : log.entries()) {
+        EXPECT_EQ(entry.file, "OrvUpdate/Src/OrvInstaller") << entry.text;
+        EXPECT_NE(entry.function.find("AgentInstaller::"), std::string::npos) << entry.text;
+    }
 }
 
 TEST_F(AgentInstallerTest, KeepsThePackageAfterALaunch) {

@@ -92,12 +92,21 @@ TEST_F(LocalInstaller, GivesTheInstallerAlsoAfterAFailureAndKeepsTheHostRunning)
     EXPECT_EQ(mExits, 0);
 }
 
-TEST_F(LocalInstaller, GivesNothingForARequestOfAnotherClass) {
-    EXPECT_EQ(IInstaller::createLocalInstaller(std::make_shared<ForeignRequest>(), mVersion, "C:\\Orv"), nullptr);
+TEST_F(LocalInstaller, ARequestOfAnotherClassGivesAnInstallerThatHasFailed) {
+    const auto installer = IInstaller::createLocalInstaller(std::make_shared<ForeignRequest>(), mVersion, "C:\\Orv");
+    ASSERT_NE(installer, nullptr);
+    EXPECT_EQ(installer->getError().errorCode(), -1);
     EXPECT_TRUE(mPrograms.starts().empty());
+    EXPECT_TRUE(std::filesystem::exists(mPackage));
 }
 
-TEST_F(LocalInstaller, GivesNothingWithoutARequestOrAVersion) {
-    EXPECT_EQ(IInstaller::createLocalInstaller(nullptr, mVersion, "C:\\Orv"), nullptr);
-    EXPECT_EQ(IInstaller::createLocalInstaller(mRequest, nullptr, "C:\\Orv"), nullptr);
+TEST_F(LocalInstaller, NoRequestOrNoVersionGivesAnInstallerThatHasFailed) {
+    const auto withoutRequest = IInstaller::createLocalInstaller(nullptr, mVersion, "C:\\Orv");
+    const auto withoutVersion = IInstaller::createLocalInstaller(mRequest, nullptr, "C:\\Orv");
+    for (const auto& installer : {withoutRequest, withoutVersion}) {
+        ASSERT_NE(installer, nullptr);
+        EXPECT_EQ(installer->getError().errorCode(), -1);
+    }
+    EXPECT_EQ(mExits, 0);
+    EXPECT_TRUE(std::filesystem::exists(mPackage));
 }

@@ -185,13 +185,27 @@ TEST_F(PackageTest, ABadSignatureIsRefusedAlsoWhereTheLengthIsAsDeclared) {
     EXPECT_EQ(check(signedPackage), 0);
 }
 
-TEST_F(PackageTest, ContentThatDoesNotDecodeIsUnreadable) {
+TEST_F(PackageTest, ContentWhoseChecksumDoesNotHoldIsAnErrorOfTheReader) {
     make();
     change([](std::string& bytes) {
         for (size_t i = bytes.size() - 24; i < bytes.size() - 4; ++i) bytes[i] = static_cast<char>(~bytes[i]);
     });
-    EXPECT_EQ(check(mPackage), -302);
+    EXPECT_EQ(check(mPackage), -606);
 }
+
+TEST_F(PackageTest, ContentThatDoesNotDecodeIsAnErrorOfTheReader) {
+    PackageSpec spec;
+    spec.crc = "off";
+    make(spec);
+    change([](std::string& bytes) {
+        for (size_t i = bytes.size() - 24; i < bytes.size(); ++i) bytes[i] = static_cast<char>(~bytes[i]);
+    });
+    EXPECT_EQ(check(mPackage), -606);
+}
+
+TEST_F(PackageTest, AnEmptyPathIsInvalid) { EXPECT_EQ(check(""), -416); }
+
+TEST_F(PackageTest, NoVersionAtAllIsAnotherVersion) { EXPECT_EQ(check(make(), ""), -428); }
 
 TEST_F(PackageTest, WritesNothing) {
     make();

@@ -1,8 +1,5 @@
 // What the installer does with a single item, and where it refuses to write.
-#include <sys/resource.h>
-
-#include <csignal>
-
+#include "FileSizeLimit.h"
 #include "OrvInstallerFixture.h"
 
 using namespace Tarnwick::OrvUpdate;
@@ -77,6 +74,18 @@ TEST_F(OrvInstallerTest, LogsEachStepOfAnItem) {
     EXPECT_TRUE(log.has(kProgress, "File::Open()! file:" + mInstall + "/a.txt\r\n"));
     EXPECT_TRUE(log.has(kProgress, "File::Write()! file:" + mInstall + "/a.txt size:5\r\n"));
     EXPECT_TRUE(log.has(kProgress, "File::close()! file:" + mInstall + "/a.txt\r\n"));
+    for (const auto& entry : log.entries()) EXPECT_EQ(entry.file, "OrvUpdate/Src/OrvInstaller") << entry.text;
+}
+
+TEST_F(OrvInstallerTest, ClosingASkippedItemNamesTheOneThatWasWrittenBefore) {
+    const auto installer = make(package(tree()), VersionType_Client);
+    installer->start(mInstall, true, {});
+    waitFor(installer);
+    EXPECT_TRUE(open(installer, "Orv Server\\s.exe"));
+    support::LogRecorder log;
+    EXPECT_TRUE(static_cast<IExtractOutFile&>(*installer).close());
+    ASSERT_EQ(log.entries().size(), 1U);
+    EXPECT_EQ(log.entries()[0].text, "File::close()! file:" + mInstall + "/lang\\zh.dll\r\n");
 }
 
 TEST_F(OrvInstallerTest, AnOutputFileThatCannotBeOpenedEndsTheRun) {
@@ -95,16 +104,11 @@ TEST_F(OrvInstallerTest, AShortWriteIsRecorded) {
     const auto limited = make(support::makePackage(spec, mRoot + "/limited.exe"), VersionType_Client);
     support::LogRecorder log;
 
-    struct rlimit before {};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const struct rlimit small = {4096, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    limited->start(mInstall, true, {});
-    waitFor(limited);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-
+    {
+        const support::FileSizeLimit full(4096);
+        limited->start(mInstall, true, {});
+        waitFor(limited);
+    }
     EXPECT_EQ(limited->getError().errorCode(), -603);
     EXPECT_TRUE(log.has(kDetail, "write file fail! name:Orv Client\\big.bin"));
     EXPECT_EQ(readText(mInstall + "/small.txt"), "S");  // the items behind it are unpacked all the same

@@ -1,4 +1,6 @@
 // What a scan of the store finds.
+#include <sys/stat.h>
+
 #include "Archive/NSISDecompile.h"
 #include "FileText.h"
 #include "LogRecorder.h"
@@ -252,6 +254,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"Text", [](const std::string& path) { support::writeText(path, "no package"); }},
                     Damage{"ProgramWithoutPackage",
                            [](const std::string& path) { support::writeText(path, support::programImage(64, "x")); }},
+                    Damage{"Pipe",
+                           [](const std::string& path) {
+                               std::filesystem::remove(path);
+                               ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+                           }},
                     Damage{"DanglingLink",
                            [](const std::string& path) {
                                std::filesystem::remove(path);

@@ -1,6 +1,7 @@
 // The paths of the store, and writing a package into it.
 #include <climits>
 
+#include "FileSizeLimit.h"
 #include "FileText.h"
 #include "OrvVersionAccess.h"
 #include "TempDir.h"
@@ -190,4 +191,14 @@ TEST_F(SaveVersion, FailsWhereADirectoryStandsInThePlaceOfThePackage) {
     std::filesystem::create_directories(mPackage);
     EXPECT_TRUE(mVersion->saveVersion("content"));
     EXPECT_TRUE(std::filesystem::is_directory(mPackage));
+}
+
+TEST_F(SaveVersion, OnAFullDiskGivesTheSystemsError) {
+    std::filesystem::create_directories(mDirectory);
+    ErrorInfo error;
+    {
+        const support::FileSizeLimit full(4096);
+        error = mVersion->saveVersion(std::string(1 << 20, 'x'));
+    }
+    EXPECT_EQ(static_cast<int>(error.errorCode()), -(10000 + EFBIG));
 }

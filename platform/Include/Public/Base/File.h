@@ -63,7 +63,7 @@ public:
     bool isOpen() const;
 
     static bool access(const std::string& path, AccessMode mode);
-    /// The whole file; empty when it cannot be read.
+    /// The whole file; empty when not all of it can be read.
     static SharedBuffer load(const std::string& path);
     /// Replaces the whole file. Makes no directory.
     static bool save(const std::string& path, const SharedBuffer& content);
@@ -89,6 +89,7 @@ private:
     struct Handle;
     std::string mPath;
     std::unique_ptr<Handle> mHandle;
+    bool mReadFailed = false;  // since it was opened; tells a fault from the end of the file
 };
 
 }  // namespace Public::Base

@@ -20,16 +20,21 @@ public:
     Function() = default;
     Function(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
 
-    /// From a free function or a lambda.
+    /// From a free function or a lambda. A null function pointer makes an empty one.
     template <class Callable, class = std::enable_if_t<!std::is_same_v<std::decay_t<Callable>, Function> &&
                                                        std::is_invocable_r_v<Result, Callable&, Args...>>>
     Function(Callable callable)  // NOLINT(google-explicit-constructor)
-        : mTarget(std::make_shared<const std::function<Result(Args...)>>(std::move(callable))) {}
+    {
+        Target target(std::move(callable));
+        if (target) mTarget = std::make_shared<const Target>(std::move(target));
+    }
 
-    /// From a member function and its object; a shared pointer is kept, a plain one must outlive the callback.
+    /// From a member function and its object; a shared pointer is kept, a plain one must outlive the callback. A null
+    /// one of either makes an empty callback.
     template <class Class, class Object>
-    Function(Result (Class::*member)(Args...), Object object)
-        : Function([member, object](Args... args) { return ((*object).*member)(std::forward<Args>(args)...); }) {}
+    Function(Result (Class::*member)(Args...), Object object) : Function(bind(member, std::move(object))) {}
+    template <class Class, class Object>
+    Function(Result (Class::*member)(Args...) const, Object object) : Function(bind(member, std::move(object))) {}
 
     Function(const Function& other) : mTarget(other.target()) {}
     Function& operator=(const Function& other) {
@@ -48,13 +53,21 @@ public:
     }
 
 private:
-    std::shared_ptr<const std::function<Result(Args...)>> target() const {
+    using Target = std::function<Result(Args...)>;
+
+    template <class Member, class Object>
+    static Target bind(Member member, Object object) {
+        if (!member || !object) return nullptr;
+        return [member, object](Args... args) { return ((*object).*member)(std::forward<Args>(args)...); };
+    }
+
+    std::shared_ptr<const Target> target() const {
         std::lock_guard lock(mMutex);
         return mTarget;
     }
 
     mutable std::mutex mMutex;
-    std::shared_ptr<const std::function<Result(Args...)>> mTarget;
+    std::shared_ptr<const Target> mTarget;
 };
 
 }  // namespace Public::Base

@@ -38,8 +38,9 @@ public:
     JsonValue(const Value& scalar);              // NOLINT(google-explicit-constructor)
     JsonValue(const JsonValue&) = default;
     JsonValue(JsonValue&&) noexcept = default;
-    JsonValue& operator=(const JsonValue&) = default;
-    JsonValue& operator=(JsonValue&&) noexcept = default;
+    /// One of the two may be a part of the other.
+    JsonValue& operator=(const JsonValue& other);
+    JsonValue& operator=(JsonValue&& other) noexcept;
     ~JsonValue();
 
     /// Replaces this value by what the text holds. Fails with code -301, leaving a null value, on anything that is not
@@ -82,6 +83,8 @@ public:
 private:
     enum class Kind { Scalar, Array, Object };
     friend class JsonText;
+
+    void swap(JsonValue& other) noexcept;
 
     Kind mKind = Kind::Scalar;
     Value mScalar;

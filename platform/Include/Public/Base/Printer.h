@@ -22,7 +22,7 @@ struct LogEntry {
     std::string file;      ///< source path of the caller's unit
     std::string function;  ///< full name of the calling operation
     int line = 0;
-    std::string text;      ///< the format with its values filled in, as it stands, line ends included
+    std::string text;  ///< the format with its values filled in, as it stands, line ends included
 };
 
 /// Logs one entry. The format takes "%s" and "%d", filled from the values in order; one without a value stays as it
@@ -32,7 +32,8 @@ ORV_PLATFORM_API void printer(LOG_Level level, const char* file, const char* fun
 
 /// Sends every later entry to the sink instead of stderr; an empty one restores stderr. The sink is called on the
 /// logging thread, on several at once. May be called while other threads run.
-/// The default writes a line of time, level, thread, source path, function, line and text.
+/// The default writes one line of time, level, thread, source path, function, line and text: line ends at the end of
+/// the text go, other control characters are written as escapes.
 ORV_PLATFORM_API void setLogSink(const Function<void(const LogEntry&)>& sink);
 
 }  // namespace Public::Base

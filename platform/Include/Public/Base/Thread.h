@@ -20,8 +20,10 @@ public:
     Thread& operator=(const Thread&) = delete;
 
     /// Starts the body; one that still runs is waited for first. @return false when the system gives no thread
+    /// (ErrorInfo::getLastError)
     bool createThread();
-    /// Waits until the body has returned. Called from the body itself, it lets the thread end on its own.
+    /// Waits until the body has returned; several threads may. Called from the body itself, it lets the thread end on
+    /// its own.
     bool destroyThread();
     /// Waits on the Clock. @param milliseconds 0 returns at once
     static void sleep(unsigned int milliseconds);
@@ -30,9 +32,16 @@ protected:
     virtual void threadProc() = 0;
 
 private:
-    std::string mName;
-    std::mutex mMutex;
-    std::thread mThread;
+    /// @return true when the calling thread is the one that runs the body
+    bool letGoOfOwnThread();
+    /// With mJoining held.
+    void join();
+
+    const std::string mName;
+    std::mutex mJoining;    // held while a thread waits for the body; taken before mMutex
+    std::mutex mMutex;      // guards the two below
+    std::thread mThread;    // empty while a thread waits for the body
+    std::thread::id mBody;  // the thread that runs the body and has not been let go
 };
 
 }  // namespace Public::Base

@@ -11,8 +11,8 @@ namespace Public::Base {
 /// A date and time of a zone. Plain value.
 struct ORV_PLATFORM_API Time {
     int year = 1970;
-    int month = 1;   ///< 1 to 12
-    int day = 1;     ///< 1 to 31
+    int month = 1;  ///< 1 to 12
+    int day = 1;    ///< 1 to 31
     int hour = 0;
     int minute = 0;
     int second = 0;
@@ -27,7 +27,8 @@ struct ORV_PLATFORM_API Time {
     /// itself). The zone stays as it is. @return false, leaving this value as it was, for any other text and for a date
     /// that no calendar has
     bool parse(const std::string& text, const std::string& format);
-    /// Seconds since 1970-01-01 00:00:00 UTC, the zone taken into account; 0 for dates before that.
+    /// Seconds since 1970-01-01 00:00:00 UTC, the zone taken into account; 0 for dates before that and for
+    /// a date that no calendar has.
     uint64_t makeTime() const;
 };
 

@@ -9,23 +9,24 @@
 namespace Public::Base {
 
 /// Variant of nothing, text, integer, unsigned, boolean and float. Conversions never fail: what does not convert gives
-/// 0, false or empty text. "5" converts to 5, 5 to "5", true to 1 and "true". Plain value: one thread at a time.
+/// 0, false or empty text. "5" converts to 5, 5 to "5", true to 1 and "true". A text is a number when all of it is one
+/// in decimal notation, "." before the fraction, whatever the locale. Plain value: one thread at a time.
 class ORV_PLATFORM_API Value {
 public:
     Value() = default;
     Value(const char* text);  // NOLINT(google-explicit-constructor): values are written in place in argument lists
-    Value(const std::string& text);      // NOLINT(google-explicit-constructor)
-    Value(int number);                   // NOLINT(google-explicit-constructor)
-    Value(long long number);             // NOLINT(google-explicit-constructor)
-    Value(unsigned int number);          // NOLINT(google-explicit-constructor)
-    Value(unsigned long number);         // NOLINT(google-explicit-constructor)
-    Value(unsigned long long number);    // NOLINT(google-explicit-constructor)
-    Value(bool flag);                    // NOLINT(google-explicit-constructor)
-    Value(double number);                // NOLINT(google-explicit-constructor)
+    Value(const std::string& text);    // NOLINT(google-explicit-constructor)
+    Value(int number);                 // NOLINT(google-explicit-constructor)
+    Value(long long number);           // NOLINT(google-explicit-constructor)
+    Value(unsigned int number);        // NOLINT(google-explicit-constructor)
+    Value(unsigned long number);       // NOLINT(google-explicit-constructor)
+    Value(unsigned long long number);  // NOLINT(google-explicit-constructor)
+    Value(bool flag);                  // NOLINT(google-explicit-constructor)
+    Value(double number);              // NOLINT(google-explicit-constructor)
 
     /// Each takes a text that is not used; every caller passes an empty one.
     std::string toString(const std::string& unused = {}) const;
-    /// Numbers outside of int give the nearest end of its range.
+    /// Numbers outside of the range give its nearest end, here and below; a fraction is cut off.
     int toInt(const std::string& unused = {}) const;
     unsigned long long toUint64(const std::string& unused = {}) const;
     float toFloat(const std::string& unused = {}) const;

@@ -1,56 +1,37 @@
 #include "Public/Base/Directory.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
+#include <optional>
 
+#include "Base/Posix/EntryStream.h"
 #include "Base/Posix/NativePath.h"
 
 namespace Public::Base {
 
 struct Directory::Handle {
-    ~Handle() {
-        if (stream != nullptr) ::closedir(stream);
-    }
-    DIR* stream = nullptr;
-    std::string prefix;  // the path, with one separator at its end
+    std::optional<EntryStream> entries;  // empty for a path that is refused
+    std::string prefix;                  // the path, with a separator at its end
 };
-
-namespace {
-
-/// A link to a directory counts as a file, so that a walk cannot be led in a circle.
-Dirent::Type typeOf(const std::string& path, unsigned char hint) {
-    if (hint != DT_UNKNOWN) return hint == DT_DIR ? Dirent::Type_Directory : Dirent::Type_File;
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) ? Dirent::Type_Directory : Dirent::Type_File;
-}
-
-}  // namespace
 
 Directory::Directory(const std::string& path) : mHandle(std::make_unique<Handle>()) {
     std::string native;
     if (!toNativePath(path, native)) return;
-    mHandle->stream = ::opendir(native.c_str());
-    if (mHandle->stream == nullptr) failWithErrno();
+    mHandle->entries.emplace(native);
     mHandle->prefix = native.back() == '/' ? native : native + "/";
 }
 
 Directory::~Directory() = default;
 
-bool Directory::isOpen() const { return mHandle->stream != nullptr; }
+bool Directory::isOpen() const { return mHandle->entries && mHandle->entries->isOpen(); }
 
 bool Directory::read(Dirent& entry) {
-    if (mHandle->stream == nullptr) return false;
-    while (const dirent* raw = ::readdir(mHandle->stream)) {
-        const std::string name = raw->d_name;
-        if (name == "." || name == "..") continue;
-        entry.name = name;
-        entry.fullPath = mHandle->prefix + name;
-        const size_t point = name.rfind('.');
-        entry.suffix = point == std::string::npos ? std::string() : name.substr(point + 1);
-        entry.type = typeOf(entry.fullPath, raw->d_type);
-        return true;
-    }
-    return false;
+    const dirent* raw = mHandle->entries ? mHandle->entries->next() : nullptr;
+    if (raw == nullptr) return false;
+    entry.name = raw->d_name;
+    entry.fullPath = mHandle->prefix + entry.name;
+    const size_t point = entry.name.rfind('.');
+    entry.suffix = point == std::string::npos ? std::string() : entry.name.substr(point + 1);
+    entry.type = mHandle->entries->isDirectory(*raw) ? Dirent::Type_Directory : Dirent::Type_File;
+    return true;
 }
 
 }  // namespace Public::Base

@@ -27,10 +27,14 @@ constexpr mode_t kNewFile = 0666;
 int flagsOf(int mode) {
     switch (mode) {
         case OpenMode_ReadDefault:
-        case OpenMode_Read: return O_RDONLY;
-        case OpenMode_Create: return O_WRONLY | O_CREAT | O_TRUNC;
-        case OpenMode_CreateKeep: return O_RDWR | O_CREAT;
-        default: return -1;
+        case OpenMode_Read:
+            return O_RDONLY;
+        case OpenMode_Create:
+            return O_WRONLY | O_CREAT | O_TRUNC;
+        case OpenMode_CreateKeep:
+            return O_RDWR | O_CREAT;
+        default:
+            return -1;
     }
 }
 
@@ -45,14 +49,12 @@ bool File::open(int mode) { return open(mPath, mode); }
 bool File::open(const std::string& path, int mode) {
     close();
     mPath = path;
+    mReadFailed = false;
     std::string native;
     const int flags = flagsOf(mode);
     if (flags < 0) return failWith(EINVAL);
     if (!toNativePath(mPath, native)) return false;
-    int fd = -1;
-    do {
-        fd = ::open(native.c_str(), flags | O_CLOEXEC, kNewFile);
-    } while (fd < 0 && errno == EINTR);
+    const int fd = openRetrying(native, flags, kNewFile);
     if (fd < 0) return failWithErrno();
     auto handle = std::make_unique<Handle>(fd);
     struct stat status {};
@@ -75,7 +77,7 @@ size_t File::read(void* data, size_t length) {
     while (done < length) {
         const ssize_t got = ::read(mHandle->fd, static_cast<char*>(data) + done, length - done);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) failWithErrno();
+        if (got < 0) mReadFailed = !failWithErrno();
         if (got <= 0) break;
         done += static_cast<size_t>(got);
     }

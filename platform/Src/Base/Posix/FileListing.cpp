@@ -1,48 +1,36 @@
-#include <dirent.h>
-#include <sys/stat.h>
+#include <optional>
 
+#include "Base/Posix/EntryStream.h"
 #include "Base/Posix/NativePath.h"
 #include "Public/Base/System.h"
 
 namespace Public::Base {
 
 struct FileListing::Handle {
-    ~Handle() {
-        if (stream != nullptr) ::closedir(stream);
-    }
-    DIR* stream = nullptr;
-    std::string prefix;
-    int given = 0;  // of "." and "..", which come first whatever the file system does
+    std::optional<EntryStream> entries;  // empty for a path that is refused
+    int points = 0;                      // how many of "." and ".." were given; they come first everywhere
 };
 
 FileListing::FileListing(const std::string& directory) : mHandle(std::make_unique<Handle>()) {
     std::string native;
-    if (!toNativePath(directory, native)) return;
-    mHandle->stream = ::opendir(native.c_str());
-    if (mHandle->stream == nullptr) failWithErrno();
-    mHandle->prefix = native + "/";
+    if (toNativePath(directory, native)) mHandle->entries.emplace(native);
 }
 
 FileListing::~FileListing() = default;
 
 bool FileListing::next(ListedFile& file) {
-    if (mHandle->stream == nullptr) return false;
-    if (mHandle->given < 2) {
-        file.name = mHandle->given++ == 0 ? "." : "..";
+    if (!mHandle->entries || !mHandle->entries->isOpen()) return false;
+    if (mHandle->points < 2) {
+        file.name = mHandle->points++ == 0 ? "." : "..";
         file.attributes = ListedFile::SubDirectory;
         return true;
     }
-    while (const dirent* entry = ::readdir(mHandle->stream)) {
-        const std::string name = entry->d_name;
-        if (name == "." || name == "..") continue;
-        struct stat status {};
-        const bool directory =
-            ::lstat((mHandle->prefix + name).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-        file.name = name;
-        file.attributes = (directory ? ListedFile::SubDirectory : 0U) | (name.front() == '.' ? ListedFile::Hidden : 0U);
-        return true;
-    }
-    return false;
+    const dirent* entry = mHandle->entries->next();
+    if (entry == nullptr) return false;
+    file.name = entry->d_name;
+    file.attributes = mHandle->entries->isDirectory(*entry) ? ListedFile::SubDirectory : 0U;
+    if (file.name.front() == '.') file.attributes |= ListedFile::Hidden;
+    return true;
 }
 
 }  // namespace Public::Base

@@ -1,37 +1,17 @@
 // What can be done to files and directories by path.
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "Base/Posix/Descriptor.h"
 #include "Base/Posix/NativePath.h"
 #include "Public/Base/File.h"
 
 namespace Public::Base {
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : mFd(fd) {}
-    ~Descriptor() {
-        if (mFd >= 0) ::close(mFd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return mFd; }
-    /// @return false when the system could not keep what was written
-    bool close() {
-        const int fd = mFd;
-        mFd = -1;
-        return ::close(fd) == 0;
-    }
-
-private:
-    int mFd;
-};
 
 bool copyByBuffer(int from, int to) {
     std::string buffer(1 << 18, '\0');
@@ -56,49 +36,31 @@ bool copyContent(int from, int to) {
         if (copied > 0) continue;
         if (copied == 0 && !first) return true;
         if (copied < 0 && errno == EINTR) continue;
-        // The system cannot do it between these two, or a special file gives nothing at once; both read from where they are.
+        // The system cannot do it between these two, or a special file gives nothing at once; both read from where they
+        // are.
         const bool byBuffer = copied == 0 || errno == EXDEV || errno == EINVAL || errno == ENOSYS ||
                               errno == EOPNOTSUPP || errno == EBADF || errno == EPERM;
         return byBuffer ? copyByBuffer(from, to) : failWithErrno();
     }
 }
 
-/// Opens a target for writing from its start; one that is read-only is made anew.
-int openTarget(const std::string& native, mode_t permissions) {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-    int fd = ::open(native.c_str(), kFlags, permissions | S_IWUSR);
-    if (fd < 0 && errno == EACCES && ::unlink(native.c_str()) == 0) fd = ::open(native.c_str(), kFlags, permissions | S_IWUSR);
-    return fd;
+bool isSame(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-/// Removes what a directory holds and then the directory. @param name entry of the open directory `parent`
-bool removeTree(int parent, const char* name) {
-    const int fd = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) {
-        // A file, or a link to anywhere: the entry itself goes.
-        if (errno == ENOTDIR || errno == ELOOP) return ::unlinkat(parent, name, 0) == 0 || failWithErrno();
-        return failWithErrno();
-    }
-    DIR* directory = ::fdopendir(fd);
-    if (directory == nullptr) {
-        const int error = errno;
-        ::close(fd);
-        return failWith(error);
-    }
-    bool removed = true;
-    while (const dirent* entry = ::readdir(directory)) {
-        const std::string child = entry->d_name;
-        if (child == "." || child == "..") continue;
-        if (!removeTree(fd, child.c_str())) removed = false;
-    }
-    ::closedir(directory);
-    if (!removed) return false;
-    return ::unlinkat(parent, name, AT_REMOVEDIR) == 0 || failWithErrno();
-}
+/// Opening one of these would wait for somebody at its other end.
+bool isQueue(const struct stat& status) { return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode); }
 
-std::string withoutTrailingSeparators(std::string path) {
-    while (path.size() > 1 && path.back() == '/') path.pop_back();
-    return path;
+/// Opens a target for writing from its start. One that may not be written, being read-only or a running program, is
+/// made anew.
+Descriptor openTarget(const std::string& native, mode_t permissions) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
+    Descriptor target(openRetrying(native, kFlags, permissions));
+    const int refused = errno;
+    const bool inTheWay = !target.isOpen() && (refused == EACCES || refused == ETXTBSY);
+    if (inTheWay && ::unlink(native.c_str()) == 0) return Descriptor(openRetrying(native, kFlags, permissions));
+    errno = refused;
+    return target;
 }
 
 bool isDirectory(const std::string& native) {
@@ -133,22 +95,22 @@ bool File::copy(const std::string& from, const std::string& to) {
     std::string source;
     std::string target;
     if (!toNativePath(from, source) || !toNativePath(to, target)) return false;
-    const Descriptor input(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
-    if (input.get() < 0) return failWithErrno();
+    const Descriptor input(openRetrying(source, O_RDONLY | O_NONBLOCK));
+    if (!input.isOpen()) return failWithErrno();
     struct stat status {};
     if (::fstat(input.get(), &status) != 0) return failWithErrno();
     if (S_ISDIR(status.st_mode)) return failWith(EISDIR);
     struct stat present {};
-    if (::stat(target.c_str(), &present) == 0 && present.st_dev == status.st_dev && present.st_ino == status.st_ino) {
-        return failWith(EEXIST);
-    }
-    constexpr mode_t kPermissions = 07777;
-    Descriptor output(openTarget(target, status.st_mode & kPermissions));
-    if (output.get() < 0) return failWithErrno();
+    const bool overwrites = ::stat(target.c_str(), &present) == 0;
+    if (overwrites && isSame(present, status)) return failWith(EEXIST);
+    if (isQueue(status) || (overwrites && isQueue(present))) return failWith(EINVAL);
+    // Without the bits that lend a program its owner's rights: the copy may have another owner.
+    const mode_t permissions = status.st_mode & 0777;
+    Descriptor output(openTarget(target, permissions | S_IWUSR));
+    if (!output.isOpen()) return failWithErrno();
     if (!copyContent(input.get(), output.get())) return false;
     // A target that takes no permissions, such as a device, still has the bytes.
-    if (::fstat(output.get(), &present) == 0 && S_ISREG(present.st_mode) &&
-        ::fchmod(output.get(), status.st_mode & kPermissions) != 0) {
+    if (::fstat(output.get(), &present) == 0 && S_ISREG(present.st_mode) && ::fchmod(output.get(), permissions) != 0) {
         return failWithErrno();
     }
     return output.close() || failWithErrno();
@@ -159,23 +121,13 @@ bool File::makeDirectory(const std::string& path) {
     if (!toNativePath(path, native)) return false;
     for (size_t at = native.find('/', 1);; at = native.find('/', at + 1)) {
         const std::string part = native.substr(0, at);
-        if (::mkdir(part.c_str(), 0777) != 0 && !isDirectory(part)) {
+        if (::mkdir(part.c_str(), 0777) != 0) {
+            const int refused = errno;
             // Where an entry that is no directory is in the way, the system says that it exists.
-            return errno == EEXIST || errno == 0 ? failWith(ENOTDIR) : failWithErrno();
+            if (!isDirectory(part)) return failWith(refused == EEXIST ? ENOTDIR : refused);
         }
         if (at == std::string::npos) return true;
     }
-}
-
-bool File::removeDirectory(const std::string& path) {
-    std::string native;
-    if (!toNativePath(path, native)) return false;
-    native = withoutTrailingSeparators(native);
-    if (native == "/") return failWith(EBUSY);
-    struct stat status {};
-    if (::lstat(native.c_str(), &status) != 0) return failWithErrno();
-    if (!S_ISDIR(status.st_mode) && !S_ISLNK(status.st_mode)) return failWith(ENOTDIR);
-    return removeTree(AT_FDCWD, native.c_str());
 }
 
 }  // namespace Public::Base

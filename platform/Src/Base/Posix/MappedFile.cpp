@@ -16,17 +16,22 @@ MappedFile::Result MappedFile::open(const std::string& path) {
     close();
     std::string native;
     if (!toNativePath(path, native)) return Result::CannotOpen;
-    const int fd = ::open(findRegardlessOfCase(native).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    // Without waiting, for a queue that nobody writes to.
+    const int fd = openRetrying(findRegardlessOfCase(native), O_RDONLY | O_NONBLOCK);
     if (fd < 0) {
         failWithErrno();
         return Result::CannotOpen;
     }
     struct stat status {};
     Result result = Result::CannotMap;
-    if (::fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {
+    if (::fstat(fd, &status) != 0) {
+        failWithErrno();
+    } else if (S_ISDIR(status.st_mode)) {
         failWith(EISDIR);
         result = Result::CannotOpen;
-    } else if (S_ISREG(status.st_mode) && status.st_size > 0) {
+    } else if (!S_ISREG(status.st_mode) || status.st_size <= 0) {
+        failWith(EINVAL);
+    } else {
         const auto size = static_cast<size_t>(status.st_size);
         void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
         if (mapped != MAP_FAILED) {

@@ -5,7 +5,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 
 #include "Public/Base/Clock.h"
@@ -33,15 +35,17 @@ bool waitByLooking(unsigned int processId, unsigned int timeoutMs) {
 unsigned int Process::getProcessId() { return static_cast<unsigned int>(::getpid()); }
 
 bool Process::waitForExit(unsigned int processId, unsigned int timeoutMs) {
+    using namespace std::chrono;
     if (processId == 0 || processId > INT_MAX) return true;
     const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0));
     if (handle < 0) return errno == ESRCH || waitByLooking(processId, timeoutMs);
     pollfd ended{handle, POLLIN, 0};
-    const int timeout = timeoutMs > INT_MAX ? INT_MAX : static_cast<int>(timeoutMs);
+    const auto deadline = steady_clock::now() + milliseconds(timeoutMs);
     int found = 0;
     do {
-        found = ::poll(&ended, 1, timeout);
-    } while (found < 0 && errno == EINTR);
+        const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
+        found = ::poll(&ended, 1, static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX)));
+    } while ((found < 0 && errno == EINTR) || (found == 0 && steady_clock::now() < deadline));
     ::close(handle);
     return found > 0;
 }

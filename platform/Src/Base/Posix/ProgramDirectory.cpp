@@ -1,7 +1,7 @@
 #include "Base/ProgramDirectory.h"
 
-#include <climits>
 #include <unistd.h>
+#include <climits>
 
 namespace Public::Base {
 

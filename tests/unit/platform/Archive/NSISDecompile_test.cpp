@@ -1,6 +1,9 @@
 #include "Archive/NSISDecompile.h"
 
+#include <sys/stat.h>
+
 #include "PackageFixture.h"
+#include "VirtualSlot.h"
 
 namespace {
 
@@ -211,7 +214,36 @@ INSTANTIATE_TEST_SUITE_P(Files, UnreadableFile,
                                          Unreadable{"ProgramWithoutPackage", support::programImage(64, "x", 5000)}),
                          [](const auto& test) { return test.param.name; });
 
+TEST(InterfaceOrder, OfThePackageReaderAndItsSink) {
+    using support::virtualSlot;
+    const std::vector<size_t> reader{
+        virtualSlot(&NSISDecompile::open),       virtualSlot(&NSISDecompile::getName),
+        virtualSlot(&NSISDecompile::getComment), virtualSlot(&NSISDecompile::getVersion),
+        virtualSlot(&NSISDecompile::getSize),    virtualSlot(&NSISDecompile::getItems),
+        virtualSlot(&NSISDecompile::extract),    virtualSlot(&NSISDecompile::close),
+    };
+    const std::vector<size_t> sink{
+        virtualSlot(&IExtractOutFile::open),
+        virtualSlot(&IExtractOutFile::write),
+        virtualSlot(&IExtractOutFile::close),
+        virtualSlot(&IExtractOutFile::setError),
+    };
+    EXPECT_EQ(reader, (std::vector<size_t>{2, 3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_EQ(sink, (std::vector<size_t>{2, 3, 4, 5}));
+}
+
 TEST_F(PackageReader, RefusesADirectory) { EXPECT_FALSE(mReader.open(mDirectory.path(), "")); }
+
+TEST_F(PackageReader, RefusesAnEmptyPathAndOneWithAZeroByte) {
+    EXPECT_FALSE(mReader.open("", ""));
+    EXPECT_FALSE(mReader.open(support::makePackage({}, path()) + std::string(1, '\0'), ""));
+    EXPECT_TRUE(mReader.open(path(), ""));
+}
+
+TEST_F(PackageReader, RefusesAPipeWithoutWaitingForAWriter) {
+    ASSERT_EQ(::mkfifo(path().c_str(), 0600), 0);
+    EXPECT_FALSE(mReader.open(path(), ""));
+}
 
 TEST_F(PackageReader, GivesNameAndCommentOfTheVersionResource) {
     ASSERT_TRUE(openPackage({.product = "Orv Suite", .comment = "升级包 for all roles"}));

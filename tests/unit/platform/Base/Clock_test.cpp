@@ -70,12 +70,38 @@ TEST(Clock, MayBeReplacedWhileOthersRead) {
     std::atomic<bool> stop{false};
     std::atomic<uint64_t> reads{0};
     std::thread reader([&] {
-        while (!stop) reads += Clock::current()->milliseconds() != 0 ? 1 : 0;
+        while (!stop) reads += Clock::current() != nullptr ? 1 : 0;
     });
-    for (int i = 0; i < 200; ++i) const support::ManualClock clock;
+    for (int i = 0; i < 200 || reads < 200; ++i) const support::ManualClock clock;
     stop = true;
     reader.join();
-    EXPECT_GE(reads, 0U);
+    EXPECT_GE(reads, 200U);
+}
+
+TEST(Clock, WaitEndsOnTheClockItBeganWith) {
+    const auto first = std::make_shared<support::ManualTime>();
+    Clock::replace(first);
+    const uint64_t deadline = Clock::current()->milliseconds() + 1000;
+    std::thread waiter([clock = Clock::current(), deadline] {
+        std::mutex mutex;
+        std::condition_variable condition;
+        std::unique_lock lock(mutex);
+        while (!clock->waitUntil(lock, condition, deadline)) {
+        }
+    });
+    Clock::replace(nullptr);
+    first->advance(1000);
+    waiter.join();
+    EXPECT_GE(first->milliseconds(), deadline);
+}
+
+TEST(Clock, ManualClockStandsStillByItself) {
+    const support::ManualClock clock;
+    EXPECT_EQ(Clock::current()->milliseconds(), clock.now());
+    std::mutex mutex;
+    std::condition_variable condition;
+    std::unique_lock lock(mutex);
+    EXPECT_FALSE(Clock::current()->waitUntil(lock, condition, clock.now() + 1));
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
 #include "Public/Base/Directory.h"
 
+#include <sys/stat.h>
+
 #include "FileText.h"
 #include "Public/Base/ErrorInfo.h"
 #include "TempDir.h"
+#include "WithoutRights.h"
 
 using namespace Public::Base;
 using support::writeText;
@@ -81,6 +84,72 @@ TEST_F(DirectoryTest, ReadingOnAfterTheEndStaysAtTheEnd) {
 TEST_F(DirectoryTest, GivesNonAsciiNames) {
     writeText(at("\xE4\xB8\xAD"), "");
     EXPECT_EQ(entriesOf(mDir.path()).count("\xE4\xB8\xAD"), 1U);
+}
+
+TEST_F(DirectoryTest, LinksToFilesAndToNowhereCountAsFiles) {
+    writeText(at("real"), "");
+    std::filesystem::create_symlink("real", at("link"));
+    std::filesystem::create_symlink("none", at("lost"));
+    const auto entries = entriesOf(mDir.path());
+    EXPECT_EQ(entries.at("link").type, Dirent::Type_File);
+    EXPECT_EQ(entries.at("lost").type, Dirent::Type_File);
+}
+
+TEST_F(DirectoryTest, GivesEveryOneOfManyOnce) {
+    for (int i = 0; i < 1000; ++i) writeText(at(std::to_string(i)), "");
+    Directory directory(mDir.path());
+    std::set<std::string> names;
+    int given = 0;
+    for (Dirent entry; directory.read(entry); ++given) names.insert(entry.name);
+    EXPECT_EQ(names.size(), 1000U);
+    EXPECT_EQ(given, 1000);
+}
+
+TEST_F(DirectoryTest, GivesNamesThatBeginOrEndInPoints) {
+    for (const char* name : {"...", "..a", "a.."}) writeText(at(name), "");
+    const auto entries = entriesOf(mDir.path());
+    EXPECT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries.at("..a").suffix, "a");
+    EXPECT_EQ(entries.at("a..").suffix, "");
+}
+
+TEST_F(DirectoryTest, OneThatMayNotBeReadIsNotOpen) {
+    ::chmod(mDir.path().c_str(), 0);
+    {
+        const support::WithoutRights nobody;
+        EXPECT_FALSE(Directory(mDir.path()).isOpen());
+        EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+    }
+    ::chmod(mDir.path().c_str(), 0700);
+}
+
+TEST_F(DirectoryTest, IsOpenToTheEndAndBeyond) {
+    Directory directory(mDir.path());
+    Dirent entry;
+    EXPECT_TRUE(directory.isOpen());
+    EXPECT_FALSE(directory.read(entry));
+    EXPECT_TRUE(directory.isOpen());
+}
+
+TEST_F(DirectoryTest, RootsEntriesHaveOneSeparator) {
+    EXPECT_EQ(entriesOf("/").at("proc").fullPath, "/proc");
+    EXPECT_EQ(entriesOf("\\").at("proc").fullPath, "/proc");
+}
+
+TEST_F(DirectoryTest, FullPathBeginsWithThePathAsGiven) {
+    writeText(at("f"), "");
+    const std::string doubled = mDir.path() + "//";
+    EXPECT_EQ(entriesOf(doubled).at("f").fullPath, doubled + "f");
+}
+
+TEST_F(DirectoryTest, SeveralMayBeOpenOnOnePath) {
+    writeText(at("f"), "");
+    Directory first(mDir.path());
+    Directory second(mDir.path());
+    Dirent entry;
+    EXPECT_TRUE(first.read(entry));
+    EXPECT_TRUE(second.read(entry));
+    EXPECT_FALSE(first.read(entry));
 }
 
 }  // namespace

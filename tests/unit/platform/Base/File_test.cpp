@@ -1,10 +1,14 @@
 #include "Public/Base/File.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "FileText.h"
 #include "Public/Base/ErrorInfo.h"
 #include "TempDir.h"
+#include "WithoutRights.h"
 
 using namespace Public::Base;
 using support::readText;
@@ -247,5 +251,274 @@ TEST_F(FileTest, SuccessDoesNotClearTheLastError) {
     EXPECT_TRUE(File::access(at("a"), AccessMode_Exists));
     EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
 }
+
+/// A file without a name, on a file system in memory.
+class MemoryFile {
+public:
+    MemoryFile() : mFd(::memfd_create("test", MFD_CLOEXEC)) {}
+    ~MemoryFile() { ::close(mFd); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    int fd() const { return mFd; }
+    std::string path() const { return "/proc/self/fd/" + std::to_string(mFd); }
+
+private:
+    const int mFd;
+};
+
+TEST_F(FileTest, LoadOfMoreThanMemoryHoldsIsEmptyAndThrowsNothing) {
+    const MemoryFile file;
+    ASSERT_EQ(::ftruncate(file.fd(), INT64_MAX), 0);
+    EXPECT_TRUE(File::load(file.path()).empty());
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), ErrorCode_Failed);
+}
+
+TEST_F(FileTest, LoadOfWhatFaultsIsEmptyAndTellsWhy) {
+    EXPECT_TRUE(File::load("/proc/self/mem").empty());
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EIO));
+}
+
+TEST_F(FileTest, LoadReadsFilesThatTellNoLength) {
+    EXPECT_EQ(File::getLength("/proc/self/status"), 0U);
+    EXPECT_EQ(File::load("/proc/self/status").toStdString().rfind("Name:", 0), 0U);
+}
+
+TEST_F(FileTest, LoadKeepsZeroBytes) {
+    const std::string content("a\0b\0", 4);
+    writeText(at("a"), content);
+    EXPECT_EQ(File::load(at("a")).toStdString(), content);
+}
+
+TEST_F(FileTest, SaveKeepsZeroBytesAndEmptiness) {
+    EXPECT_TRUE(File::save(at("a"), SharedBuffer("\0\xFF", 2)));
+    EXPECT_EQ(readText(at("a")), std::string("\0\xFF", 2));
+    EXPECT_TRUE(File::save(at("a"), SharedBuffer()));
+    EXPECT_EQ(readText(at("a")), "");
+}
+
+TEST_F(FileTest, SaveFollowsALinkToItsFile) {
+    writeText(at("real"), "old");
+    std::filesystem::create_symlink("real", at("link"));
+    EXPECT_TRUE(File::save(at("link"), SharedBuffer("new")));
+    EXPECT_EQ(readText(at("real")), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(at("link")));
+}
+
+TEST_F(FileTest, SaveIntoAnothersReadOnlyFileFailsAndKeepsIt) {
+    writeText(at("a"), "kept");
+    ::chmod(at("a").c_str(), 0444);
+    {
+        const support::WithoutRights nobody;
+        EXPECT_FALSE(File::save(at("a"), SharedBuffer("new")));
+        EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+    }
+    EXPECT_EQ(readText(at("a")), "kept");
+}
+
+TEST_F(FileTest, SaveOfALargeBufferIsWhole) {
+    const std::string big(5 << 20, 'x');
+    EXPECT_TRUE(File::save(at("a"), SharedBuffer(big)));
+    EXPECT_EQ(File::getLength(at("a")), big.size());
+}
+
+TEST_F(FileTest, FileThatMayNotBeReadIsRefused) {
+    writeText(at("a"), "x");
+    ::chmod(at("a").c_str(), 0);
+    const support::WithoutRights nobody;
+    File file(at("a"));
+    EXPECT_FALSE(file.open(OpenMode_Read));
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+    EXPECT_TRUE(File::load(at("a")).empty());
+}
+
+TEST_F(FileTest, CreateModeDoesNotRead) {
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_Create));
+    ASSERT_TRUE(file.puts("abc"));
+    ASSERT_EQ(file.seek(0, SeekPosition_Begin), 0);
+    char text[4] = {};
+    EXPECT_EQ(file.read(text, 3), 0U);
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EBADF));
+}
+
+TEST_F(FileTest, FailedOpenLeavesTheFileClosed) {
+    writeText(at("a"), "abc");
+    File file;
+    ASSERT_TRUE(file.open(at("a"), OpenMode_Read));
+    EXPECT_FALSE(file.open(at("none"), OpenMode_Read));
+    EXPECT_FALSE(file.isOpen());
+}
+
+TEST_F(FileTest, PathOfALaterOpenBecomesTheObjects) {
+    File file(at("a"));
+    EXPECT_FALSE(file.open(at("b"), OpenMode_Read));
+    writeText(at("b"), "b");
+    EXPECT_TRUE(file.open(OpenMode_Read));
+}
+
+TEST_F(FileTest, MayBeOpenedAgainAfterClose) {
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_Create));
+    ASSERT_TRUE(file.puts("abc"));
+    file.close();
+    file.close();
+    ASSERT_TRUE(file.open(OpenMode_Read));
+    EXPECT_EQ(file.getPosition(), 0);
+}
+
+TEST_F(FileTest, ReachesBeyondFourGigabytes) {
+    const MemoryFile memory;
+    constexpr int64_t kFar = int64_t{5} << 30;
+    File file;
+    ASSERT_TRUE(file.open(memory.path(), OpenMode_CreateKeep));
+    EXPECT_EQ(file.seek(kFar, SeekPosition_Begin), kFar);
+    EXPECT_EQ(file.write("x", 1), 1U);
+    EXPECT_EQ(file.getPosition(), kFar + 1);
+    EXPECT_EQ(File::getLength(memory.path()), static_cast<uint64_t>(kFar) + 1);
+}
+
+TEST_F(FileTest, WritingBeyondTheEndFillsWithZeroBytes) {
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_CreateKeep));
+    ASSERT_EQ(file.seek(2, SeekPosition_End), 2);
+    EXPECT_EQ(file.write("x", 1), 1U);
+    EXPECT_EQ(readText(at("a")), std::string("\0\0x", 3));
+}
+
+TEST_F(FileTest, ReadsAndWritesOfNothingDoNothing) {
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_CreateKeep));
+    EXPECT_EQ(file.write(nullptr, 0), 0U);
+    EXPECT_EQ(file.read(nullptr, 0), 0U);
+    EXPECT_TRUE(file.puts(""));
+    EXPECT_TRUE(file.flush());
+    EXPECT_EQ(File::getLength(at("a")), 0U);
+}
+
+TEST_F(FileTest, LineEndOfTheOtherSystemIsTakenOffOnlyBeforeANewLine) {
+    writeText(at("a"), "one\rtwo\r\r\nlast\r");
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_Read));
+    std::string line;
+    EXPECT_TRUE(file.gets(line));
+    EXPECT_EQ(line, "one\rtwo\r");
+    EXPECT_TRUE(file.gets(line));
+    EXPECT_EQ(line, "last\r");
+    EXPECT_FALSE(file.gets(line));
+    EXPECT_EQ(line, "");
+}
+
+TEST_F(FileTest, LineEndAtTheVeryEndStartsNoFurtherLine) {
+    writeText(at("a"), "\n");
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_Read));
+    std::string line = "before";
+    EXPECT_TRUE(file.gets(line));
+    EXPECT_EQ(line, "");
+    EXPECT_FALSE(file.gets(line));
+}
+
+TEST_F(FileTest, ClosedFileGivesNoLines) {
+    File file(at("a"));
+    std::string line = "before";
+    EXPECT_FALSE(file.gets(line));
+    EXPECT_FALSE(file.puts("x"));
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EBADF));
+}
+
+TEST_F(FileTest, OpenFileIsNotInheritedByPrograms) {
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_Create));
+    bool found = false;
+    for (int fd = 3; fd < 1024; ++fd) {
+        std::error_code none;
+        const auto target = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), none);
+        if (target != at("a")) continue;
+        found = true;
+        EXPECT_NE(::fcntl(fd, F_GETFD) & FD_CLOEXEC, 0);
+    }
+    EXPECT_TRUE(found);
+}
+
+TEST_F(FileTest, LongestNameWorks) {
+    const std::string name = at(std::string(255, 'n'));
+    EXPECT_TRUE(File::save(name, SharedBuffer("x")));
+    EXPECT_EQ(File::load(name).toStdString(), "x");
+    EXPECT_TRUE(File::remove(name));
+}
+
+TEST_F(FileTest, RemoveOfALinkKeepsItsFile) {
+    writeText(at("real"), "kept");
+    std::filesystem::create_symlink("real", at("link"));
+    EXPECT_TRUE(File::remove(at("link")));
+    EXPECT_EQ(readText(at("real")), "kept");
+}
+
+TEST_F(FileTest, RemoveWithoutTheRightFailsAndKeepsTheFile) {
+    writeText(at("a"), "kept");
+    ::chmod(mDir.path().c_str(), 0555);
+    {
+        const support::WithoutRights nobody;
+        EXPECT_FALSE(File::remove(at("a")));
+        EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+    }
+    ::chmod(mDir.path().c_str(), 0755);
+    EXPECT_EQ(readText(at("a")), "kept");
+}
+
+TEST_F(FileTest, LengthFollowsALink) {
+    writeText(at("real"), "12345");
+    std::filesystem::create_symlink("real", at("link"));
+    EXPECT_EQ(File::getLength(at("link")), 5U);
+}
+
+TEST_F(FileTest, AccessOfALinkThatLeadsNowhereFails) {
+    std::filesystem::create_symlink("none", at("link"));
+    EXPECT_FALSE(File::access(at("link"), AccessMode_Exists));
+}
+
+TEST_F(FileTest, ProgramDirectoryMayBeSetWhileOthersAsk) {
+    const std::string own = File::getExcutableFileFullPath();
+    std::atomic<bool> stop{false};
+    std::atomic<int> wrong{0};
+    std::atomic<int> asked{0};
+    std::thread asker([&] {
+        while (!stop) {
+            const std::string told = File::getExcutableFileFullPath();
+            if (told != own && told != "/a directory with a long name" && told != "/b") ++wrong;
+            ++asked;
+        }
+    });
+    for (int i = 0; i < 100 || asked < 100; ++i) {
+        File::setExcutableFileFullPath("/a directory with a long name");
+        File::setExcutableFileFullPath("/b");
+        File::setExcutableFileFullPath("");
+    }
+    stop = true;
+    asker.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+struct LoadCase {
+    const char* name;
+    size_t size;
+};
+
+void PrintTo(const LoadCase& load, std::ostream* out) { *out << load.size; }
+
+class FileLoadSizes : public FileTest, public testing::WithParamInterface<LoadCase> {};
+
+TEST_P(FileLoadSizes, AreGivenWhole) {
+    std::string content(GetParam().size, '\0');
+    for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 7 + i / 251);
+    writeText(at("a"), content);
+    EXPECT_EQ(File::load(at("a")).toStdString(), content);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, FileLoadSizes,
+                         testing::Values(LoadCase{"Empty", 0}, LoadCase{"OneByte", 1}, LoadCase{"BelowAPiece", 65535},
+                                         LoadCase{"APiece", 65536}, LoadCase{"AboveAPiece", 65537},
+                                         LoadCase{"TwoPieces", 131072}),
+                         [](const auto& test) { return test.param.name; });
 
 }  // namespace

@@ -3,7 +3,6 @@
 using Public::Base::JsonValue;
 using Public::Base::SharedBuffer;
 using Public::Base::Value;
-using Public::Base::ValueType_Null;
 using Public::Base::WriteStyle_Indented;
 
 namespace {
@@ -15,8 +14,6 @@ JsonValue parse(const std::string& text) {
     EXPECT_FALSE(value.read(SharedBuffer(text))) << text;
     return value;
 }
-
-TEST(JsonValue, NullWritesAsNull) { EXPECT_EQ(write(JsonValue(ValueType_Null)), "null"); }
 
 TEST(JsonValue, BecomesAnObjectOnFirstUse) {
     JsonValue value;
@@ -31,88 +28,6 @@ TEST(JsonValue, BecomesAnArrayOnFirstAppend) {
     value.append("x");
     EXPECT_TRUE(value.isArray());
     EXPECT_EQ(value.size(), 1U);
-}
-
-TEST(JsonValue, WritesIndentedByOneTabWithKeysInTheOrderWritten) {
-    JsonValue value;
-    value["z"] = 1;
-    value["a"]["b"] = true;
-    value["list"].append("x");
-    value["list"].append(2.5);
-    EXPECT_EQ(write(value), "{\n\t\"z\": 1,\n\t\"a\": {\n\t\t\"b\": true\n\t},\n\t\"list\": [\n\t\t\"x\",\n\t\t2.5\n\t]\n}");
-}
-
-TEST(JsonValue, WritesEmptyContainersOnOneLine) {
-    EXPECT_EQ(write(parse("{}")), "{}");
-    EXPECT_EQ(write(parse(" [ ] ")), "[]");
-}
-
-TEST(JsonValue, EscapesWhatJsonMustEscape) {
-    EXPECT_EQ(write(JsonValue("a\"b\\c\n\x01")), "\"a\\\"b\\\\c\\n\\u0001\"");
-}
-
-TEST(JsonValue, WritesReplacementCharactersForTextThatIsNoUtf8) {
-    EXPECT_EQ(write(JsonValue(std::string("a\xFF" "b"))), "\"a\xEF\xBF\xBD" "b\"");
-}
-
-TEST(JsonValue, KeepsUtf8AsItIs) { EXPECT_EQ(write(JsonValue("\xE4\xB8\xAD")), "\"\xE4\xB8\xAD\""); }
-
-TEST(JsonValue, ReadsEveryKind) {
-    const JsonValue value = parse(R"({"s":"t","i":-5,"u":18446744073709551615,"r":1.5,"b":true,"n":null,"o":{"x":1},"l":[1,2]})");
-    EXPECT_EQ(value["s"]->toString(), "t");
-    EXPECT_EQ(value["i"]->toInt(), -5);
-    EXPECT_EQ(value["u"]->toUint64(), 18446744073709551615ULL);
-    EXPECT_DOUBLE_EQ(value["r"]->toDouble(), 1.5);
-    EXPECT_TRUE(value["b"]->toBool());
-    EXPECT_TRUE(value["n"].isNull());
-    EXPECT_EQ(value["o"]["x"]->toInt(), 1);
-    EXPECT_EQ(value["l"][size_t{1}]->toInt(), 2);
-}
-
-TEST(JsonValue, ReadsBackWhatItWrote) {
-    const std::string text = write(parse(R"({"a":[1,{"b":[[],{}]}],"c":"d"})"));
-    EXPECT_EQ(write(parse(text)), text);
-}
-
-TEST(JsonValue, KeyThatStandsTwiceKeepsItsFirstPlaceAndLastValue) {
-    const JsonValue value = parse(R"({"a":1,"b":2,"a":3})");
-    EXPECT_EQ(value.keys(), (std::vector<std::string>{"a", "b"}));
-    EXPECT_EQ(value["a"]->toInt(), 3);
-}
-
-struct BadText {
-    const char* name;
-    std::string text;
-};
-
-class JsonRefusal : public testing::TestWithParam<BadText> {};
-
-TEST_P(JsonRefusal, GivesMinus301AndANullValue) {
-    JsonValue value;
-    value["old"] = 1;
-    EXPECT_EQ(value.read(SharedBuffer(GetParam().text)).errorCode(), -301);
-    EXPECT_TRUE(value.isNull());
-}
-
-INSTANTIATE_TEST_SUITE_P(JsonValue, JsonRefusal,
-                         testing::Values(BadText{"Empty", ""}, BadText{"Blank", "   "}, BadText{"Word", "hello"},
-                                         BadText{"Unclosed", "{\"a\":1"}, BadText{"TrailingComma", "[1,]"},
-                                         BadText{"TwoDocuments", "{} {}"}, BadText{"NotUtf8", "\"\xFF\""},
-                                         BadText{"LoneSurrogate", "\"\\ud800\""}, BadText{"SingleQuotes", "{'a':1}"},
-                                         BadText{"Comment", "/* x */ 1"}, BadText{"ZeroByte", std::string("1\0", 2)},
-                                         BadText{"HugeNumber", "1e999"},
-                                         BadText{"TooDeep", std::string(65, '[') + std::string(65, ']')},
-                                         BadText{"FarTooDeep", std::string(1000000, '[')}),
-                         [](const auto& each) { return each.param.name; });
-
-TEST(JsonValue, ReadsADepthOf64) {
-    JsonValue value;
-    EXPECT_FALSE(value.read(SharedBuffer(std::string(64, '[') + std::string(64, ']'))));
-}
-
-TEST(JsonValue, RefusesMoreThan64MiB) {
-    JsonValue value;
-    EXPECT_TRUE(value.read(SharedBuffer("\"" + std::string((size_t{64} << 20) - 1, 'x') + "\"")));
 }
 
 TEST(JsonValue, MissingMemberOfAConstValueIsNull) {
@@ -186,10 +101,102 @@ TEST(JsonValue, ScalarOfAContainerIsNull) {
     EXPECT_EQ(value->toInt(), 0);
 }
 
-TEST(JsonValue, ManyMembersAreReadQuickly) {
-    std::string text = "{";
-    for (int i = 0; i < 50000; ++i) text += (i != 0 ? ",\"k" : "\"k") + std::to_string(i) + "\":1";
-    EXPECT_EQ(parse(text + "}").size(), 50000U);
+// A value may be assigned a part of itself, and become a part of itself.
+
+TEST(JsonValue, MayBecomeAMemberOfItsOwn) {
+    JsonValue value =
+        parse(R"({"x":{"a":"a text that lies on the heap, for sure","b":"another one of that kind"},"q":1})");
+    value = value["x"];
+    EXPECT_EQ(value.keys(), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(value["b"]->toString(), "another one of that kind");
+}
+
+TEST(JsonValue, MayBecomeAnElementOfItsOwnByMoving) {
+    JsonValue value = parse(R"([[1,"a text that lies on the heap, for sure"],2])");
+    value = std::move(value[0]);
+    EXPECT_EQ(value.size(), 2U);
+    EXPECT_EQ(value[1]->toString(), "a text that lies on the heap, for sure");
+}
+
+TEST(JsonValue, MayBeAssignedToAMemberOfItsOwn) {
+    JsonValue value = parse(R"({"a":1,"b":{"old":2}})");
+    value["b"] = value;
+    EXPECT_EQ(value["b"]["a"]->toInt(), 1);
+    EXPECT_EQ(value["b"]["b"]["old"]->toInt(), 2);
+}
+
+TEST(JsonValue, SelfAssignmentKeepsTheTree) {
+    JsonValue value = parse(R"({"a":[1,2]})");
+    const auto& same = value;
+    value = same;
+    EXPECT_EQ(value["a"].size(), 2U);
+}
+
+TEST(JsonValue, KeysDifferByCase) {
+    const JsonValue value = parse(R"({"Url":1,"url":2})");
+    EXPECT_EQ(value["Url"]->toInt(), 1);
+    EXPECT_EQ(value["url"]->toInt(), 2);
+    EXPECT_FALSE(value.isMember("URL"));
+}
+
+TEST(JsonValue, KeysOfAnythingButAnObjectAreNone) {
+    EXPECT_TRUE(parse("[1]").keys().empty());
+    EXPECT_TRUE(JsonValue(5).keys().empty());
+    EXPECT_FALSE(parse("[\"a\"]").isMember("a"));
+}
+
+TEST(JsonValue, NegativeIndexIsRefused) {
+    JsonValue value;
+    value.append(1);
+    value[-1] = 5;
+    EXPECT_EQ(value.size(), 1U);
+    const JsonValue& same = value;
+    EXPECT_TRUE(same[-1].isNull());
+}
+
+TEST(JsonValue, RefusedIndexRemembersNothing) {
+    JsonValue value;
+    value[-1] = 5;
+    EXPECT_TRUE(value[-1].isNull());
+    EXPECT_TRUE(value.isNull());
+}
+
+TEST(JsonValue, GrowsByAMillionAtMost) {
+    JsonValue value;
+    value[size_t{1048577}] = 1;
+    EXPECT_EQ(value.size(), 0U);
+    value[size_t{1048576}] = 1;
+    EXPECT_EQ(value.size(), 1048577U);
+}
+
+TEST(JsonValue, NullKeyCountsAsEmptyText) {
+    JsonValue value;
+    value[static_cast<const char*>(nullptr)] = 1;
+    EXPECT_TRUE(value.isMember(""));
+}
+
+TEST(JsonValue, ScalarMayBeChangedInItsPlace) {
+    JsonValue value("old");
+    *value.operator->() = Value(5);
+    EXPECT_EQ(write(value), "5");
+}
+
+TEST(JsonValue, AppendingToAScalarOrObjectBeginsAnArray) {
+    JsonValue value = parse(R"({"a":1})");
+    value.append(2);
+    EXPECT_EQ(write(value), "[\n\t2\n]");
+}
+
+TEST(JsonValue, WritingAnElementTurnsAnObjectIntoAnArray) {
+    JsonValue value = parse(R"({"a":1})");
+    value[0] = "x";
+    EXPECT_EQ(write(value), "[\n\t\"x\"\n]");
+}
+
+TEST(JsonValue, ReadingAConstValueChangesNothing) {
+    const JsonValue value = parse(R"({"a":[]})");
+    EXPECT_TRUE(value["missing"][size_t{3}]["deeper"].isNull());
+    EXPECT_EQ(write(value), "{\n\t\"a\": []\n}");
 }
 
 }  // namespace

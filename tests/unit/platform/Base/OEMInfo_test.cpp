@@ -32,4 +32,12 @@ TEST(OEMInfo, MayBeSetWhileOthersRead) {
     EXPECT_EQ(wrong, 0);
 }
 
+TEST(OEMInfo, WhatWasHandedOutDoesNotChange) {
+    OEMInfo::setOemInfo({});
+    const Public::Base::OEMDefine before = OEMInfo::getOemInfo();
+    OEMInfo::setOemInfo({"Other Brand"});
+    EXPECT_EQ(before.programDataDirectory, "Tarnwick Orv");
+    OEMInfo::setOemInfo({});
+}
+
 }  // namespace

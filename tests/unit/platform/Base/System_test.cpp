@@ -1,7 +1,5 @@
 #include "Public/Base/System.h"
 
-#include <unistd.h>
-
 #include "FileText.h"
 #include "Public/Base/ErrorInfo.h"
 #include "TempDir.h"
@@ -15,21 +13,6 @@ namespace {
 class SystemTest : public testing::Test {
 protected:
     std::string at(const std::string& name) const { return mDir.path() + "/" + name; }
-    std::vector<ListedFile> list(const std::string& path) {
-        std::vector<ListedFile> files;
-        FileListing listing(path);
-        for (ListedFile file; listing.next(file);) files.push_back(file);
-        return files;
-    }
-    void writeScript(const std::string& name, const std::string& text) {
-        writeText(at(name), text);
-        std::filesystem::permissions(at(name), std::filesystem::perms::owner_all);
-    }
-    /// What a started program has written, once it has.
-    std::string written(const std::string& name) {
-        while (!exists(at(name))) std::this_thread::yield();
-        return readText(at(name)).value_or("");
-    }
     static bool exists(const std::string& path) { return std::filesystem::exists(path); }
     support::TempDir mDir;
 };
@@ -54,70 +37,6 @@ TEST_F(SystemTest, MapsAFile) {
     EXPECT_EQ(file.data(), nullptr);
 }
 
-TEST_F(SystemTest, TellsAFileThatCannotBeOpenedFromOneThatCannotBeMapped) {
-    writeText(at("empty"), "");
-    MappedFile file;
-    EXPECT_EQ(file.open(at("none")), MappedFile::Result::CannotOpen);
-    EXPECT_EQ(file.open(mDir.path()), MappedFile::Result::CannotOpen);
-    EXPECT_EQ(file.open(""), MappedFile::Result::CannotOpen);
-    EXPECT_EQ(file.open(at("empty")), MappedFile::Result::CannotMap);
-    EXPECT_EQ(file.open("/dev/null"), MappedFile::Result::CannotMap);
-    EXPECT_EQ(file.size(), 0U);
-}
-
-TEST_F(SystemTest, MapsAFileOfAnotherCase) {
-    writeText(at("LibX.DLL"), "x");
-    MappedFile file;
-    EXPECT_EQ(file.open(at("libx.dll")), MappedFile::Result::Mapped);
-}
-
-TEST_F(SystemTest, ExactNameWinsOverOneOfAnotherCase) {
-    writeText(at("LIB"), "upper");
-    writeText(at("lib"), "lower");
-    MappedFile file;
-    ASSERT_EQ(file.open(at("lib")), MappedFile::Result::Mapped);
-    EXPECT_EQ(file.data()[0], 'l');
-}
-
-TEST_F(SystemTest, OpeningAgainReplacesTheMapping) {
-    writeText(at("a"), "1");
-    writeText(at("b"), "22");
-    MappedFile file;
-    ASSERT_EQ(file.open(at("a")), MappedFile::Result::Mapped);
-    ASSERT_EQ(file.open(at("b")), MappedFile::Result::Mapped);
-    EXPECT_EQ(file.size(), 2U);
-}
-
-TEST_F(SystemTest, ListingGivesThePointsFirst) {
-    writeText(at("a"), "");
-    const auto files = list(mDir.path());
-    ASSERT_EQ(files.size(), 3U);
-    EXPECT_EQ(files[0].name, ".");
-    EXPECT_EQ(files[1].name, "..");
-    EXPECT_EQ(files[0].attributes, ListedFile::SubDirectory);
-    EXPECT_EQ(files[2].name, "a");
-    EXPECT_EQ(files[2].attributes, 0U);
-}
-
-TEST_F(SystemTest, ListingMarksHiddenFilesAndDirectories) {
-    writeText(at(".h"), "");
-    std::filesystem::create_directory(at("d"));
-    std::map<std::string, unsigned> attributes;
-    for (const auto& file : list(mDir.path())) attributes[file.name] = file.attributes;
-    EXPECT_EQ(attributes.at(".h"), ListedFile::Hidden);
-    EXPECT_EQ(attributes.at("d"), ListedFile::SubDirectory);
-}
-
-TEST_F(SystemTest, ListingOfALinkToADirectoryIsNoDirectory) {
-    std::filesystem::create_directory_symlink(mDir.path(), at("loop"));
-    EXPECT_EQ(list(mDir.path()).at(2).attributes, 0U);
-}
-
-TEST_F(SystemTest, ListingOfWhatCannotBeReadIsEmpty) {
-    EXPECT_TRUE(list(at("none")).empty());
-    EXPECT_TRUE(list("").empty());
-}
-
 TEST_F(SystemTest, CopiesAFileOfAnotherCase) {
     writeText(at("LibX.DLL"), "x");
     EXPECT_TRUE(System::copyFile(at("libx.dll"), at("out")));
@@ -127,53 +46,6 @@ TEST_F(SystemTest, CopiesAFileOfAnotherCase) {
 TEST_F(SystemTest, CopyOfAMissingFileFails) {
     EXPECT_FALSE(System::copyFile(at("none"), at("out")));
     EXPECT_FALSE(exists(at("out")));
-}
-
-TEST_F(SystemTest, StartsAProgramWithItsArgumentsAsGiven) {
-    writeScript("p", "#!/bin/sh\nfor a in \"$@\"; do printf '[%s]' \"$a\"; done > out.tmp\nmv out.tmp \"$1\"\n");
-    ASSERT_TRUE(System::startPlain({at("p"), "\"" + at("out") + "\" \"two  blanks\" \"\" plain \"\xE4\xB8\xAD\"", true, false}));
-    EXPECT_EQ(written("out"), "[" + at("out") + "][two  blanks][][plain][\xE4\xB8\xAD]");
-}
-
-TEST_F(SystemTest, GivesAFileThatTheKernelWillNotExecuteToTheShell) {
-    writeScript("p.exe", "MZ=1;echo \"ran $1\" > \"${0%/*}/tmp\"; mv \"${0%/*}/tmp\" \"${0%/*}/out\"\n");
-    ASSERT_TRUE(System::startPlain({mDir.path() + "\\p.exe", "\"x y\"", true, false}));
-    EXPECT_EQ(written("out"), "ran x y\n");
-}
-
-TEST_F(SystemTest, StartElevatedRunsTheProgramDirectlyForRoot) {
-    if (::geteuid() == 0) {
-        writeScript("p", "#!/bin/sh\necho elevated > \"$1.tmp\"; mv \"$1.tmp\" \"$1\"\n");
-        ASSERT_TRUE(System::startElevated({at("p"), "\"" + at("out") + "\"", true, true}));
-        EXPECT_EQ(written("out"), "elevated\n");
-    } else {
-        EXPECT_NE(::geteuid(), 0U);  // asking for rights would wait for a person
-    }
-}
-
-TEST_F(SystemTest, StartOfAMissingProgramFailsWithTheSystemsError) {
-    EXPECT_FALSE(System::startPlain({at("none"), "", true, false}));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
-}
-
-TEST_F(SystemTest, StartOfAFileWithoutTheRightToRunFails) {
-    writeText(at("p"), "#!/bin/sh\n");
-    EXPECT_FALSE(System::startPlain({at("p"), "", true, false}));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
-}
-
-TEST_F(SystemTest, StartRefusesAnEmptyNameAndZeroBytes) {
-    EXPECT_FALSE(System::startPlain({"", "", true, false}));
-    EXPECT_FALSE(System::startPlain({at("p"), std::string("a\0b", 3), true, false}));
-}
-
-TEST_F(SystemTest, StartedProgramGetsNoDescriptorOfThisOne) {
-    std::ofstream held(at("held"));
-    writeScript("p", "#!/bin/sh\nls -l /proc/$$/fd > \"$1.tmp\"; mv \"$1.tmp\" \"$1\"\n");
-    ASSERT_TRUE(System::startPlain({at("p"), "\"" + at("out") + "\"", true, false}));
-    const std::string listing = written("out");
-    EXPECT_EQ(listing.find("pipe:"), listing.npos) << listing;
-    EXPECT_EQ(listing.find("held"), listing.npos) << listing;
 }
 
 TEST_F(SystemTest, RecorderTakesThePlaceOfBothStarts) {
@@ -189,6 +61,77 @@ TEST_F(SystemTest, RecorderTakesThePlaceOfBothStarts) {
     EXPECT_EQ(starts[0].parameters, "\"1\"");
     EXPECT_FALSE(starts[1].show);
     EXPECT_FALSE(System::startPlain({at("none"), "", true, false}));
+}
+
+TEST_F(SystemTest, IsLaterThanVersionsYetToCome) { EXPECT_TRUE(System::isVersionOrLater(999, 999, 999)); }
+
+TEST_F(SystemTest, CopyPrefersTheExactName) {
+    writeText(at("LIB"), "upper");
+    writeText(at("lib"), "lower");
+    EXPECT_TRUE(System::copyFile(at("lib"), at("out")));
+    EXPECT_EQ(readText(at("out")), "lower");
+}
+
+TEST_F(SystemTest, CopyOverwritesTheTarget) {
+    writeText(at("a"), "new");
+    writeText(at("b"), "something old");
+    EXPECT_TRUE(System::copyFile(at("a"), at("b")));
+    EXPECT_EQ(readText(at("b")), "new");
+}
+
+TEST_F(SystemTest, CopyOfAFileOntoItselfInAnotherCaseIsRefused) {
+    writeText(at("LIB"), "kept");
+    EXPECT_FALSE(System::copyFile(at("lib"), at("LIB")));
+    EXPECT_EQ(readText(at("LIB")), "kept");
+}
+
+TEST_F(SystemTest, CopyToAFullDiskFailsWithTheSystemsError) {
+    writeText(at("a"), "x");
+    EXPECT_FALSE(System::copyFile(at("a"), "/dev/full"));
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOSPC));
+}
+
+TEST_F(SystemTest, SystemDirectoryMayBeSetWhileOthersAsk) {
+    const std::string own = System::getSystemDirectory();
+    std::atomic<bool> stop{false};
+    std::atomic<int> wrong{0};
+    std::atomic<int> asked{0};
+    std::thread asker([&] {
+        while (!stop) {
+            const std::string told = System::getSystemDirectory();
+            if (told != own && told != "/a rather long way/Windows/system32") ++wrong;
+            ++asked;
+        }
+    });
+    for (int i = 0; i < 100 || asked < 100; ++i) {
+        System::setSystemDirectory("/a rather long way/Windows/system32");
+        System::setSystemDirectory("");
+    }
+    stop = true;
+    asker.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(SystemTest, StarterMayBeReplacedWhileProgramsStart) {
+    std::atomic<bool> stop{false};
+    std::atomic<int> started{0};
+    std::atomic<int> refused{0};
+    const auto starter = [&](const ProgramStart&) {
+        ++started;
+        return true;
+    };
+    System::setProgramStarter(starter);
+    std::thread caller([&] {
+        while (!stop) {
+            if (!System::startPlain({at("none"), "", true, false})) ++refused;
+        }
+    });
+    for (int i = 0; i < 100 || started < 100; ++i) System::setProgramStarter(starter);
+    stop = true;
+    caller.join();
+    System::setProgramStarter({});
+    EXPECT_EQ(refused, 0);
+    EXPECT_GE(started, 100);
 }
 
 }  // namespace

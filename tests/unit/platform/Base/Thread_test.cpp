@@ -1,5 +1,7 @@
 #include "Public/Base/Thread.h"
 
+#include <pthread.h>
+
 #include <future>
 
 #include "ManualClock.h"
@@ -86,6 +88,126 @@ TEST(Thread, SleepOfNothingReturnsAtOnce) {
     const support::ManualClock clock;
     Thread::sleep(0);
     EXPECT_EQ(clock.now(), 1000000U);
+}
+
+TEST(Thread, EverybodyWhoDestroysItWaitsForTheBody) {
+    std::promise<void> release;
+    std::atomic<bool> done{false};
+    std::atomic<int> early{0};
+    std::atomic<int> waiting{0};
+    Body thread([&] {
+        release.get_future().wait();
+        done = true;
+    });
+    ASSERT_TRUE(thread.createThread());
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 4; ++i) {
+        waiters.emplace_back([&] {
+            ++waiting;
+            thread.destroyThread();
+            if (!done) ++early;
+        });
+    }
+    while (waiting < 4) std::this_thread::yield();
+    release.set_value();
+    for (auto& waiter : waiters) waiter.join();
+    EXPECT_EQ(early, 0);
+}
+
+TEST(Thread, MayBeCreatedByManyThreadsAtOnce) {
+    std::atomic<int> runs{0};
+    std::atomic<int> atOnce{0};
+    std::atomic<int> most{0};
+    Body thread([&] {
+        most = std::max(most.load(), ++atOnce);
+        ++runs;
+        --atOnce;
+    });
+    std::vector<std::thread> makers;
+    for (int i = 0; i < 4; ++i) {
+        makers.emplace_back([&] {
+            for (int turn = 0; turn < 10; ++turn) thread.createThread();
+        });
+    }
+    for (auto& maker : makers) maker.join();
+    thread.destroyThread();
+    EXPECT_EQ(runs, 40);
+    EXPECT_EQ(most, 1);
+}
+
+TEST(Thread, BodyMayStartItselfAnew) {
+    const auto letGo = std::make_shared<std::promise<bool>>();
+    std::atomic<int> runs{0};
+    Body* self = nullptr;
+    Body thread([&] {
+        if (++runs > 1) return;
+        const auto told = letGo;  // outlives this function object, as the thread does that is let go
+        told->set_value(self->createThread());
+    });
+    self = &thread;
+    ASSERT_TRUE(thread.createThread());
+    EXPECT_TRUE(letGo->get_future().get());
+    EXPECT_TRUE(thread.destroyThread());
+    EXPECT_EQ(runs, 2);
+}
+
+TEST(Thread, BodyMayLetGoOfItselfTwice) {
+    const auto ended = std::make_shared<std::promise<bool>>();
+    Body* self = nullptr;
+    Body thread([&] {
+        const auto told = ended;  // outlives this function object, as the thread does that is let go
+        told->set_value(self->destroyThread() && self->destroyThread());
+    });
+    self = &thread;
+    ASSERT_TRUE(thread.createThread());
+    EXPECT_TRUE(ended->get_future().get());
+}
+
+TEST(Thread, BodyMayDestroyItWhileAnotherWaitsForIt) {
+    std::promise<void> entered, release;
+    bool result = false;
+    Body* self = nullptr;
+    Body thread([&] {
+        entered.set_value();
+        release.get_future().wait();
+        result = self->destroyThread();
+    });
+    self = &thread;
+    ASSERT_TRUE(thread.createThread());
+    entered.get_future().wait();
+    std::thread waiter([&] { thread.destroyThread(); });
+    release.set_value();
+    waiter.join();
+    thread.destroyThread();
+    EXPECT_TRUE(result);
+}
+
+class NamedBody : public Thread {
+public:
+    explicit NamedBody(const std::string& name) : Thread(name) {}
+    ~NamedBody() override { destroyThread(); }
+    std::string seen;
+
+private:
+    void threadProc() override {
+        char name[64] = {};
+        pthread_getname_np(pthread_self(), name, sizeof name);
+        seen = name;
+    }
+};
+
+TEST(Thread, BearsItsNameForDebuggers) {
+    NamedBody thread("InstallThread");
+    ASSERT_TRUE(thread.createThread());
+    thread.destroyThread();
+    EXPECT_EQ(thread.seen, "InstallThread");
+}
+
+TEST(Thread, LongNameIsCutToWhatTheSystemTakes) {
+    NamedBody thread("a name of more than fifteen bytes");
+    ASSERT_TRUE(thread.createThread());
+    thread.destroyThread();
+    EXPECT_EQ(thread.seen, "a name of more ");
 }
 
 }  // namespace

@@ -129,4 +129,109 @@ TEST(Timer, StartingAgainReplacesTheFirst) {
     EXPECT_TRUE(first.values().empty());
 }
 
+TEST(Timer, LateCallIsNotFollowedByAHastyOne) {
+    support::ManualClock clock;
+    Calls calls;
+    Timer timer("test");
+    timer.start([&](unsigned long) { calls.note(clock.now()); }, 0, 1000, 0);
+    calls.waitFor(1);
+    clock.advance(5500);
+    calls.waitFor(2);
+    clock.advance(999);
+    clock.advance(1);
+    calls.waitFor(3);
+    timer.stop();
+    const auto times = calls.values();
+    ASSERT_EQ(times.size(), 3U);
+    EXPECT_GE(times[2] - times[1], 1000U);
+}
+
+TEST(Timer, MayBeDestroyedByItsFirstCallHoweverEarlyThatComes) {
+    for (int i = 0; i < 200; ++i) {
+        const auto destroyed = std::make_shared<std::promise<void>>();
+        auto* timer = new Timer("test");
+        timer->start(
+            [destroyed, timer](unsigned long) {
+                delete timer;
+                destroyed->set_value();
+            },
+            0, 1, 0);
+        EXPECT_EQ(destroyed->get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready);
+    }
+}
+
+TEST(Timer, CallMayStopIt) {
+    support::ManualClock clock;
+    Calls calls;
+    Timer timer("test");
+    timer.start(
+        [&](unsigned long value) {
+            timer.stop();
+            calls.note(value);
+        },
+        0, 1000, 3);
+    calls.waitFor(1);
+    clock.advance(100000);
+    timer.stop();
+    EXPECT_EQ(calls.values(), std::vector<unsigned long>{3});
+}
+
+TEST(Timer, CallMayStartItAnew) {
+    Calls calls;
+    Timer timer("test");
+    timer.start([&](unsigned long) { timer.start([&](unsigned long value) { calls.note(value); }, 0, 0, 2); }, 0, 0, 1);
+    calls.waitFor(1);
+    timer.stop();
+    EXPECT_EQ(calls.values(), std::vector<unsigned long>{2});
+}
+
+TEST(Timer, StopWithoutAStartAndTwiceDoesNothing) {
+    Calls calls;
+    Timer timer("test");
+    timer.stop();
+    timer.start([&](unsigned long value) { calls.note(value); }, 0, 0, 1);
+    calls.waitFor(1);
+    timer.stop();
+    timer.stop();
+    EXPECT_EQ(calls.values().size(), 1U);
+}
+
+TEST(Timer, EmptyCallbackIsNotCalled) {
+    Timer timer("test");
+    EXPECT_NO_THROW(timer.start({}, 0, 0, 0));
+    EXPECT_NO_THROW(timer.stop());
+}
+
+TEST(Timer, KeepsToTheClockItWasStartedOn) {
+    const auto first = std::make_shared<support::ManualTime>();
+    Public::Base::Clock::replace(first);
+    Calls calls;
+    Timer timer("test");
+    timer.start([&](unsigned long value) { calls.note(value); }, 1000, 0, 0);
+    Public::Base::Clock::replace(nullptr);
+    first->advance(1000);
+    calls.waitFor(1);
+    EXPECT_EQ(calls.values().size(), 1U);
+}
+
+TEST(Timer, MayBeStartedAndStoppedByManyThreads) {
+    std::atomic<unsigned> calls{0};
+    Timer timer("test");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int turn = 0; turn < 25; ++turn) {
+                timer.start([&](unsigned long) { ++calls; }, 0, 1, 0);
+                timer.stop();
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    timer.stop();
+    const unsigned after = calls;
+    timer.start([&](unsigned long) { ++calls; }, 0, 1, 0);
+    while (calls == after) std::this_thread::yield();
+    EXPECT_GT(calls, after);
+}
+
 }  // namespace

@@ -46,7 +46,8 @@ INSTANTIATE_TEST_SUITE_P(
                     ConversionCase{"UnsignedLong", Value(4UL), "4", 4, 4, 4, true},
                     ConversionCase{"LargestUnsigned", Value(18446744073709551615ULL), "18446744073709551615",
                                    2147483647, 18446744073709551615ULL, 18446744073709551615.0, true},
-                    ConversionCase{"LongLong", Value(-5000000000LL), "-5000000000", -2147483648, 0, -5000000000.0, true},
+                    ConversionCase{"LongLong", Value(-5000000000LL), "-5000000000", -2147483648, 0, -5000000000.0,
+                                   true},
                     ConversionCase{"True", Value(true), "true", 1, 1, 1, true},
                     ConversionCase{"False", Value(false), "false", 0, 0, 0, false},
                     ConversionCase{"Real", Value(0.5), "0.5", 0, 0, 0.5, true},
@@ -73,6 +74,67 @@ TEST(Value, AssignmentTakesTheOtherKind) {
     Value value(1);
     value = Value("text");
     EXPECT_EQ(value.toString(""), "text");
+}
+
+struct WordCase {
+    const char* name;
+    const char* text;
+    double real;
+};
+
+class ValueNumberText : public testing::TestWithParam<WordCase> {};
+
+TEST_P(ValueNumberText, CountsWhenAllOfItIsADecimalNumber) {
+    const Value value(GetParam().text);
+    EXPECT_DOUBLE_EQ(value.toDouble(), GetParam().real);
+    EXPECT_EQ(value.toInt(""), static_cast<int>(GetParam().real));
+    EXPECT_EQ(value.toBool(), GetParam().real != 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Value, ValueNumberText,
+                         testing::Values(WordCase{"Infinity", "inf", 0}, WordCase{"LongInfinity", "infinity", 0},
+                                         WordCase{"NotANumber", "nan", 0}, WordCase{"NegativeNotANumber", "-nan", 0},
+                                         WordCase{"Hexadecimal", "0x10", 0}, WordCase{"PlusSign", "+5", 0},
+                                         WordCase{"LeadingBlank", " 5", 0}, WordCase{"TrailingBlank", "5 ", 0},
+                                         WordCase{"DecimalComma", "2,5", 0}, WordCase{"TwoPoints", "1.2.3", 0},
+                                         WordCase{"Sign", "-", 0}, WordCase{"OutOfEveryRange", "1e999", 0},
+                                         WordCase{"Exponent", "1e3", 1000}, WordCase{"LeadingZeros", "007", 7},
+                                         WordCase{"NegativeFraction", "-2.9", -2.9}, WordCase{"Zero", "0", 0},
+                                         WordCase{"NegativeZero", "-0.0", 0}),
+                         [](const auto& each) { return each.param.name; });
+
+TEST(Value, IntegersBeyondTheRangeGiveItsNearestEnd) {
+    EXPECT_EQ(Value(2147483648LL).toInt(""), 2147483647);
+    EXPECT_EQ(Value(-2147483649LL).toInt(""), std::numeric_limits<int>::min());
+    EXPECT_EQ(Value("99999999999999999999").toInt64(), std::numeric_limits<long long>::max());
+    EXPECT_EQ(Value("-99999999999999999999").toInt64(), std::numeric_limits<long long>::min());
+    EXPECT_EQ(Value("99999999999999999999").toUint64(""), std::numeric_limits<unsigned long long>::max());
+    EXPECT_EQ(Value(-1e300).toInt64(), std::numeric_limits<long long>::min());
+    EXPECT_EQ(Value(-1).toUint64(""), 0U);
+}
+
+TEST(Value, LargeIntegersLoseNothingAsText) {
+    EXPECT_EQ(Value("9223372036854775807").toInt64(), 9223372036854775807LL);
+    EXPECT_EQ(Value("18446744073709551615").toUint64(""), 18446744073709551615ULL);
+    EXPECT_EQ(Value(9007199254740993LL).toString(""), "9007199254740993");
+}
+
+TEST(Value, RealBeyondTheRangeOfFloatGivesItsNearestEnd) {
+    EXPECT_EQ(Value(1e300).toFloat(""), std::numeric_limits<float>::max());
+    EXPECT_EQ(Value(-1e300).toFloat(""), -std::numeric_limits<float>::max());
+}
+
+TEST(Value, NotANumberIsFalse) { EXPECT_FALSE(Value(std::numeric_limits<double>::quiet_NaN()).toBool()); }
+
+TEST(Value, RealIsPrintedInTheShortestFormThatReadsBack) {
+    EXPECT_EQ(Value(0.1).toString(""), "0.1");
+    EXPECT_EQ(Value(5.0).toString(""), "5");
+    EXPECT_EQ(Value(1.0 / 3).toString(""), "0.3333333333333333");
+}
+
+TEST(Value, TextKeepsZeroBytes) {
+    EXPECT_EQ(Value(std::string("a\0b", 3)).toString("").size(), 3U);
+    EXPECT_EQ(Value(std::string("5\0", 2)).toInt(""), 0);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "Public/Base/Version.h"
 
+#include <limits>
+
 using Public::Base::Version;
 
 namespace {
@@ -22,29 +24,33 @@ TEST_P(VersionText, ReadsAndWrites) {
 
 INSTANTIATE_TEST_SUITE_P(
     Version, VersionText,
-    testing::Values(TextCase{"FourNumbers", "1.11.0.8", "1.11.0.8", "1.11.0.8"},
-                    TextCase{"TwoNumbersStayTwo", "2.0", "2.0", "2.0"}, TextCase{"OneNumber", "7", "7", "7"},
-                    TextCase{"Oem", "1.2-oem3", "1.2-oem3", "1.2"}, TextCase{"Build", "1.2-b44", "1.2-b44", "1.2"},
-                    TextCase{"Revision", "1.2-rabc_9", "1.2-rabc_9", "1.2"},
-                    TextCase{"AllParts", "1.2.3.4-oem5-b6-rX", "1.2.3.4-oem5-b6-rX", "1.2.3.4"},
-                    TextCase{"OemZeroIsNone", "1.2-oem0", "1.2", "1.2"},
-                    TextCase{"BuildZeroIsNone", "1.2-b0", "1.2", "1.2"},
-                    TextCase{"LeadingZeros", "01.002", "1.2", "1.2"},
-                    TextCase{"LargestNumber", "2147483647", "2147483647", "2147483647"},
-                    TextCase{"LongestRevision", "1-r12345678901234567890123456789012",
-                             "1-r12345678901234567890123456789012", "1"},
-                    TextCase{"Empty", "", "", ""}, TextCase{"NumberTooLarge", "2147483648", "", ""},
-                    TextCase{"FiveNumbers", "1.2.3.4.5", "", ""}, TextCase{"TrailingPoint", "1.2.", "", ""},
-                    TextCase{"LeadingPoint", ".1", "", ""}, TextCase{"Letters", "abc", "", ""},
-                    TextCase{"Negative", "-1", "", ""}, TextCase{"Sign", "+1", "", ""},
-                    TextCase{"LeadingBlank", " 1.2", "", ""}, TextCase{"TrailingBlank", "1.2 ", "", ""},
-                    TextCase{"WrongOrder", "1.2-b1-oem2", "", ""}, TextCase{"RevisionEmpty", "1.2-r", "", ""},
-                    TextCase{"RevisionTooLong", "1-r123456789012345678901234567890123", "", ""},
-                    TextCase{"RevisionWithSeparator", "1.2-ra/b", "", ""},
-                    TextCase{"ClimbingPath", "../../etc/passwd", "", ""},
-                    TextCase{"PathBehindNumbers", "1.2/../..", "", ""},
-                    TextCase{"Backslash", "1.2\\x", "", ""}, TextCase{"NegativeOem", "1.2-oem-3", "", ""},
-                    TextCase{"OemWithoutNumber", "1.2-oem", "", ""}, TextCase{"UpperCaseOem", "1.2-OEM3", "", ""}),
+    testing::Values(
+        TextCase{"FourNumbers", "1.11.0.8", "1.11.0.8", "1.11.0.8"}, TextCase{"TwoNumbersStayTwo", "2.0", "2.0", "2.0"},
+        TextCase{"OneNumber", "7", "7", "7"}, TextCase{"Oem", "1.2-oem3", "1.2-oem3", "1.2"},
+        TextCase{"Build", "1.2-b44", "1.2-b44", "1.2"}, TextCase{"Revision", "1.2-rabc_9", "1.2-rabc_9", "1.2"},
+        TextCase{"AllParts", "1.2.3.4-oem5-b6-rX", "1.2.3.4-oem5-b6-rX", "1.2.3.4"},
+        TextCase{"OemZeroIsNone", "1.2-oem0", "1.2", "1.2"}, TextCase{"BuildZeroIsNone", "1.2-b0", "1.2", "1.2"},
+        TextCase{"LeadingZeros", "01.002", "1.2", "1.2"},
+        TextCase{"LargestNumber", "2147483647", "2147483647", "2147483647"},
+        TextCase{"LongestRevision", "1-r12345678901234567890123456789012", "1-r12345678901234567890123456789012", "1"},
+        TextCase{"Empty", "", "", ""}, TextCase{"NumberTooLarge", "2147483648", "", ""},
+        TextCase{"FiveNumbers", "1.2.3.4.5", "", ""}, TextCase{"TrailingPoint", "1.2.", "", ""},
+        TextCase{"LeadingPoint", ".1", "", ""}, TextCase{"Letters", "abc", "", ""}, TextCase{"Negative", "-1", "", ""},
+        TextCase{"Sign", "+1", "", ""}, TextCase{"LeadingBlank", " 1.2", "", ""},
+        TextCase{"TrailingBlank", "1.2 ", "", ""}, TextCase{"WrongOrder", "1.2-b1-oem2", "", ""},
+        TextCase{"RevisionEmpty", "1.2-r", "", ""},
+        TextCase{"RevisionTooLong", "1-r123456789012345678901234567890123", "", ""},
+        TextCase{"RevisionWithSeparator", "1.2-ra/b", "", ""}, TextCase{"ClimbingPath", "../../etc/passwd", "", ""},
+        TextCase{"PathBehindNumbers", "1.2/../..", "", ""}, TextCase{"Backslash", "1.2\\x", "", ""},
+        TextCase{"NegativeOem", "1.2-oem-3", "", ""}, TextCase{"OemWithoutNumber", "1.2-oem", "", ""},
+        TextCase{"LargestParts", "1-oem2147483647-b2147483647", "1-oem2147483647-b2147483647", "1"},
+        TextCase{"OemTooLarge", "1-oem2147483648", "", ""}, TextCase{"BuildTooLarge", "1-b99999999999", "", ""},
+        TextCase{"ManyLeadingZeros", "00000000000000000000000000000007.0", "7.0", "7.0"},
+        TextCase{"EmptyNumber", "1..2", "", ""}, TextCase{"OemTwice", "1-oem1-oem2", "", ""},
+        TextCase{"RevisionBeforeBuild", "1-rX-b1", "", ""}, TextCase{"PartsWithoutNumbers", "-oem1", "", ""},
+        TextCase{"Hexadecimal", "0x10", "", ""}, TextCase{"Exponent", "1e3", "", ""},
+        TextCase{"LineEnd", "1.2\n", "", ""}, TextCase{"RevisionWithBlank", "1.2-ra b", "", ""},
+        TextCase{"RevisionOfOtherLetters", "1.2-r\xC3\xA4", "", ""}, TextCase{"UpperCaseOem", "1.2-OEM3", "", ""}),
     [](const auto& each) { return each.param.name; });
 
 TEST(Version, ZeroByteInTextGivesTheEmptyVersion) { EXPECT_EQ(Version(std::string("1.2\0", 4), 0).toString(), ""); }
@@ -79,9 +85,9 @@ TEST_P(VersionOrder, IsStrictBothWays) {
 
 INSTANTIATE_TEST_SUITE_P(
     Version, VersionOrder,
-    testing::Values(OrderCase{"LastNumber", "1.11.0.8", "1.11.0.9"},
-                    OrderCase{"NumbersNotText", "1.9", "1.10"}, OrderCase{"FirstNumber", "1.99.99.99", "2"},
-                    OrderCase{"OemAfterNumbers", "1.0", "1.0-oem1"}, OrderCase{"OemBeforeBuild", "1.0-b9", "1.0-oem1"},
+    testing::Values(OrderCase{"LastNumber", "1.11.0.8", "1.11.0.9"}, OrderCase{"NumbersNotText", "1.9", "1.10"},
+                    OrderCase{"FirstNumber", "1.99.99.99", "2"}, OrderCase{"OemAfterNumbers", "1.0", "1.0-oem1"},
+                    OrderCase{"OemBeforeBuild", "1.0-b9", "1.0-oem1"},
                     OrderCase{"BuildBeforeRevision", "1.0-rz", "1.0-b1"},
                     OrderCase{"RevisionByBytes", "1.0-rA", "1.0-ra"}, OrderCase{"EmptyFirst", "", "0.0.0.1"}),
     [](const auto& each) { return each.param.name; });
@@ -131,6 +137,85 @@ TEST(Version, OrderIsTotalOverAGrid) {
             }
         }
     }
+}
+
+/// Parts that hosts could write into a version, sound and not.
+const int kParts[] = {0, 1, 7, std::numeric_limits<int>::max(), -1, std::numeric_limits<int>::min()};
+const char* const kRevisions[] = {"",
+                                  "a",
+                                  "A_9",
+                                  "-b5",
+                                  "a/b",
+                                  "..",
+                                  "a b",
+                                  "\xE4\xB8\xAD",
+                                  "-oem1",
+                                  "1.2",
+                                  "12345678901234567890123456789012",
+                                  "123456789012345678901234567890123"};
+
+TEST(Version, EveryVersionComesBackFromItsTextWhateverItsParts) {
+    for (const char* text : {"", "0", "1.2", "1.2.3.4", "1.2.3.4-oem5-b6-rX"}) {
+        for (const int oem : kParts) {
+            for (const int build : kParts) {
+                for (const char* revision : kRevisions) {
+                    Version version(text, 0);
+                    version.OEM() = oem;
+                    version.Build() = build;
+                    version.Revision() = revision;
+                    const Version again(version.toString(), 0);
+                    ASSERT_EQ(again, version) << version.toString();
+                    ASSERT_EQ(again.toString(), version.toString());
+                    ASSERT_FALSE(again < version || version < again) << version.toString();
+                }
+            }
+        }
+    }
+}
+
+TEST(Version, TextNeverHoldsASeparatorWhateverTheRevision) {
+    for (const char* revision : kRevisions) {
+        Version version("1.2", 0);
+        version.Revision() = revision;
+        EXPECT_EQ(version.toString().find_first_of("/\\: "), std::string::npos) << version.toString();
+    }
+}
+
+TEST(Version, SimpleTextReadsBackAsTheNumbersAlone) {
+    const Version whole("1.11.0.8-oem3-b7-rX", 0);
+    Version bare = whole;
+    bare.OEM() = 0;
+    bare.Build() = 0;
+    bare.Revision().clear();
+    EXPECT_EQ(Version(whole.toSimpleString(), 0), bare);
+}
+
+TEST(Version, ClearedBuildAndRevisionNoLongerTakePartInTheOrder) {
+    Version release("1.2-b9-rZ", 0);
+    EXPECT_NE(release, Version("1.2", 0));
+    release.Build() = 0;
+    release.Revision().clear();
+    EXPECT_EQ(release, Version("1.2", 0));
+}
+
+TEST(Version, RevisionWithAZeroByteCountsAsNone) {
+    Version version("1.2", 0);
+    version.Revision() = std::string("a\0b", 3);
+    EXPECT_EQ(version.toString(), "1.2");
+}
+
+TEST(Version, CopiesAreIndependent) {
+    const Version first("1.2-rA", 0);
+    Version second = first;
+    second.Revision() = "B";
+    EXPECT_EQ(first.toString(), "1.2-rA");
+    EXPECT_EQ(second.toString(), "1.2-rB");
+}
+
+TEST(Version, LongHostileTextIsRefused) {
+    EXPECT_EQ(Version(std::string(1000000, '9'), 0).toString(), "");
+    EXPECT_EQ(Version("1.2-r" + std::string(1000000, 'a'), 0).toString(), "");
+    EXPECT_EQ(Version("1" + std::string(1000000, '.'), 0).toString(), "");
 }
 
 }  // namespace
