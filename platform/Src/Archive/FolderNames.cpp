@@ -63,7 +63,7 @@ const ShellFolder kShellFolders[] = {
 }  // namespace
 
 std::string variableName(uint32_t number) {
-    if (number < 10) return "$" + std::to_string(number);
+    if (number < 10) return std::string("$") + std::to_string(number);
     if (number < 20) return "$R" + std::to_string(number - 10);
     if (number < 20 + std::size(kVariables)) return std::string("$") + kVariables[number - 20];
     return "$_" + std::to_string(number) + "_";

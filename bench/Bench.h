@@ -1,0 +1,67 @@
+// What the measurements share: rows, timing, and the peers' command lines.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace bench {
+
+/// One line of the result. A row without a peer has only a name, a figure and a unit.
+struct Row {
+    std::string name;
+    std::string peer = {};
+    double ours = 0;
+    std::optional<double> theirs = {};
+    std::string unit = {};
+    std::optional<double> ratio = {};   ///< our speed by the peer's: above 1 we are the faster
+    std::optional<double> target = {};  ///< of the ratio
+    /// Processor time of the peer by ours, all threads and children: what a loaded machine makes of the ratio it cannot
+    /// make of this.
+    std::optional<double> processorRatio = {};
+};
+
+using Step = std::function<void()>;
+
+/// One side of a comparison. Only `run` is measured.
+struct Side {
+    Step run;
+    Step prepare = {};
+};
+
+/// Measures both sides in turn and takes the median of each, so that a change of the machine's load meets both.
+struct Comparison {
+    std::string name;
+    std::string peer;
+    Side ours;
+    Side theirs;
+    double amount = 0;  ///< work of one run, in the unit
+    std::string unit;   ///< what is done, per second
+    double target = 1;
+};
+Row compare(const Comparison& comparison);
+
+/// Median seconds of a step alone.
+double medianSeconds(const Step& step, int runs);
+
+/// Runs a command line of the shell without its output. Throws std::runtime_error when it fails.
+void run(const std::string& command);
+std::string shellWord(const std::string& text);
+/// Throws std::runtime_error with that text when the condition does not hold: a run that failed is no figure.
+void require(bool condition, const std::string& text);
+
+/// A path in the directory of the benchmarks. The directory is kept: what is dear to make is made once.
+std::string dataPath(const std::string& name);
+/// An empty directory there.
+std::string freshDirectory(const std::string& name);
+
+/// Called with each row as soon as it is measured.
+using Report = std::function<void(const Row&)>;
+
+void measurePackages(const Report& report);
+void measureSignature(const Report& report);
+void measureDownload(const Report& report);
+void measureBackup(const Report& report);
+void measureCatalogue(const Report& report);
+
+}  // namespace bench

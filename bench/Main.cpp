@@ -1,0 +1,108 @@
+// Measures the engine beside tools that do the same work, prints a table, and writes it as JSON.
+//
+//   orvbench [GROUP...]    packages, signature, download, backup, catalogue; all of them unless some are named
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+#include "Bench.h"
+#include "Public/Base/JsonValue.h"
+#include "Public/Base/Printer.h"
+
+namespace {
+
+using bench::Row;
+using Public::Base::JsonValue;
+
+struct Group {
+    std::string name;
+    void (*measure)(const bench::Report& report);
+};
+
+const std::vector<Group> sGroups{{"packages", bench::measurePackages},
+                                 {"signature", bench::measureSignature},
+                                 {"download", bench::measureDownload},
+                                 {"backup", bench::measureBackup},
+                                 {"catalogue", bench::measureCatalogue}};
+
+std::string number(const std::optional<double>& value, const char* format) {
+    char text[32];
+    if (!value) return "-";
+    std::snprintf(text, sizeof text, format, *value);
+    return text;
+}
+
+const char* verdict(const Row& row) {
+    if (!row.ratio || !row.target) return "-";
+    return *row.ratio >= *row.target ? "yes" : "no";
+}
+
+void print(const Row& row) {
+    std::printf("%-38s %-22s %10s %10s %-9s %7s %7s %-5s %7s\n", row.name.c_str(),
+                row.peer.empty() ? "-" : row.peer.c_str(), number(row.ours, "%.1f").c_str(),
+                number(row.theirs, "%.1f").c_str(), row.unit.c_str(), number(row.ratio, "%.2f").c_str(),
+                number(row.target, "%.2f").c_str(), verdict(row), number(row.processorRatio, "%.2f").c_str());
+    std::fflush(stdout);
+}
+
+JsonValue optional(const std::optional<double>& value) { return value ? JsonValue(*value) : JsonValue(); }
+
+JsonValue document(const Row& row) {
+    JsonValue value;
+    value["name"] = row.name;
+    value["peer"] = row.peer.empty() ? JsonValue() : JsonValue(row.peer);
+    value["ours"] = row.ours;
+    value["theirs"] = optional(row.theirs);
+    value["unit"] = row.unit;
+    value["ratio"] = optional(row.ratio);
+    value["target"] = optional(row.target);
+    value["holds"] = row.ratio && row.target ? JsonValue(*row.ratio >= *row.target) : JsonValue();
+    value["processorRatio"] = optional(row.processorRatio);
+    return value;
+}
+
+void save(const std::vector<Row>& rows) {
+    JsonValue list;
+    for (const Row& row : rows) list.append(document(row));
+    std::ofstream out(ORV_BENCH_JSON, std::ios::binary);
+    out << list.toStyledString(Public::Base::WriteStyle_Indented).toStdString() << '\n';
+    bench::require(out.flush().good(), "cannot write " ORV_BENCH_JSON);
+}
+
+bool isWanted(const std::string& name, const std::vector<std::string>& wanted) {
+    return wanted.empty() || std::find(wanted.begin(), wanted.end(), name) != wanted.end();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> wanted(argv + 1, argv + argc);
+    for (const std::string& name : wanted) {
+        if (std::any_of(sGroups.begin(), sGroups.end(), [&](const Group& group) { return group.name == name; }))
+            continue;
+        std::fprintf(stderr, "orvbench: no group '%s'\n", name.c_str());
+        return 2;
+    }
+    Public::Base::setLogSink([](const Public::Base::LogEntry&) {});
+    std::printf("%u cores\n%-38s %-22s %10s %10s %-9s %7s %7s %-5s %7s\n", std::thread::hardware_concurrency(), "what",
+                "peer", "ours", "theirs", "unit", "ratio", "target", "holds", "cpu");
+    std::fflush(stdout);
+    std::vector<Row> rows;
+    bool failed = false;
+    for (const Group& group : sGroups) {
+        if (!isWanted(group.name, wanted)) continue;
+        try {
+            group.measure([&](const Row& row) {
+                print(row);
+                rows.push_back(row);
+            });
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "orvbench: %s: %s\n", group.name.c_str(), error.what());
+            failed = true;
+        }
+    }
+    save(rows);
+    return failed ? 1 : 0;
+}
