@@ -20,17 +20,18 @@ apt=(apt-get -qq -o "Dir::Etc::SourceList=$work/sources.list" -o Dir::Etc::Sourc
   -o "Dir::State::Lists=$work/lists" -o APT::Sandbox::User=)
 
 cd "$work"
-{
-  "${apt[@]}" update
-  "${apt[@]}" source --download-only xz-utils
-  mkdir source
-  tar -xf xz-utils_*.orig.tar.xz -C source --strip-components=1
-  cmake -G Ninja -S source -B build -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DXZ_NLS=OFF -DXZ_DOC=OFF \
-    -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_C_VISIBILITY_PRESET=hidden -DCMAKE_INSTALL_PREFIX="$work/prefix" \
-    -DCMAKE_INSTALL_LIBDIR=lib
-  cmake --build build --target liblzma
-  cmake --install build --component liblzma_Development
-} >"$work/log" 2>&1 || { tail -n 20 "$work/log" >&2; exit 1; }
+make_it() {
+  "${apt[@]}" update &&
+    "${apt[@]}" source --download-only xz-utils &&
+    mkdir source &&
+    tar -xf xz-utils_*.orig.tar.xz -C source --strip-components=1 &&
+    cmake -G Ninja -S source -B build -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DXZ_NLS=OFF -DXZ_DOC=OFF \
+      -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_C_VISIBILITY_PRESET=hidden -DCMAKE_INSTALL_PREFIX="$work/prefix" \
+      -DCMAKE_INSTALL_LIBDIR=lib &&
+    cmake --build build --target liblzma &&
+    cmake --install build --component liblzma_Development
+}
+make_it >"$work/log" 2>&1 || { tail -n 20 "$work/log" >&2; exit 1; }
 
 mkdir -p "$(dirname "$out")"
 rm -rf "$out"

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build pkg-config git ca-certificates python3
+  g++ cmake ninja-build pkg-config git ca-certificates python3 xz-utils
   libcurl4-openssl-dev libssl-dev zlib1g-dev liblzma-dev nlohmann-json3-dev libspdlog-dev
   libgtest-dev libbenchmark-dev
   libcpp-httplib-dev
