@@ -21,8 +21,8 @@ public:
     /// Saves every file below dir, flat: names of sub-directories are lost, and of two files of one name the last one
     /// stays. @param callback once for each file, may be empty   @return code 0; failures reach the callback only
     virtual ErrorInfo backup(const std::string& dir, const FileCallback& callback) = 0;
-    /// Saves the file of that name relative to dir, sub-directories included. @return code 0, also when there is no such
-    /// file; the system's error when it cannot be copied
+    /// Saves the file of that name relative to dir, sub-directories included. @return code 0, also when there is no
+    /// such file; the system's error when it cannot be copied
     virtual ErrorInfo backup(const std::string& name, const std::string& dir) = 0;
     /// Puts back every file of the backup, with the sub-directories that they lie in, which must exist below dir.
     /// @return code 0; failures reach the callback only

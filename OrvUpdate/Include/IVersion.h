@@ -50,8 +50,8 @@ enum StoragePosition : int {
     StoragePosition_Node = 3,   ///< announced by a node of the cluster
 };
 
-/// How the whole system sees a version. Entries of a catalogue are shared; they are filled by whoever makes them and read
-/// from any thread afterwards. Setters return code 0 in every case.
+/// How the whole system sees a version. Entries of a catalogue are shared; they are filled by whoever makes them and
+/// read from any thread afterwards. Setters return code 0 in every case.
 class ORV_UPDATE_API IVersion {
 public:
     virtual ~IVersion() = default;
@@ -75,7 +75,8 @@ public:
     /// The file given to setLocalFileName, else the place of the package in the store.
     virtual std::string getPackageFile() const = 0;
 
-    /// The version's one transfer, chosen and made on first use; null when no transfer is possible now. Scans the store.
+    /// The version's one transfer, chosen and made on first use; null when no transfer is possible now. Scans the
+    /// store.
     /// @param request gives the connection to peers; may lack one, local and cloud versions do without
     virtual std::shared_ptr<IDownload> getDownload(const std::shared_ptr<IVersionRequest>& request) = 0;
     /// @param connection reaches peers; null when none is to be had

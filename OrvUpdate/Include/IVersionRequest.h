@@ -64,7 +64,8 @@ public:
     /// @param onError      gets the failure: on this thread when install itself fails, else on the transfer's thread
     /// @param onDownloaded the package has arrived; on the transfer's thread
     /// @param onInstalling the package has passed its test; on the transfer's thread
-    /// @return 0 when the transfer runs, also when the version is running already (no callback then); -1 when no transfer
+    /// @return 0 when the transfer runs, also when the version is running already (no callback then); -1 when no
+    /// transfer
     ///         is to be had; the transfer's error when it refuses to start
     virtual ErrorInfo install(const std::shared_ptr<IVersion>& version, const std::string& installDir, bool flag,
                               const Function<void(const ErrorInfo&)>& onError, const Function<void()>& onDownloaded,
@@ -75,8 +76,9 @@ public:
 
     /// A copy of the catalogue.
     virtual VersionSet getVersions() = 0;
-    /// The entries that pass a filter of five values, of which 0 means any; version type 1 means any too, and an entry of
-    /// type All passes for every type. With the first four 0 the source is not looked at and all entries are returned.
+    /// The entries that pass a filter of five values, of which 0 means any; version type 1 means any too, and an entry
+    /// of type All passes for every type. With the first four 0 the source is not looked at and all entries are
+    /// returned.
     virtual VersionSet queryVersions(SystemType systemType, SystemBits bits, ProjectType projectType,
                                      VersionType versionType, VersionSource source) = 0;
     /// The first entry that passes the key's own fields as a filter and has its version, or null; null for a null key.
@@ -84,7 +86,8 @@ public:
     virtual std::shared_ptr<IVersion> queryVersion(SystemType systemType, SystemBits bits, ProjectType projectType,
                                                    VersionType versionType, VersionSource source,
                                                    const Version& version) = 0;
-    /// The entry of the greatest version strictly above `than` that passes, the first in set order among equals, or null.
+    /// The entry of the greatest version strictly above `than` that passes, the first in set order among equals, or
+    /// null.
     virtual std::shared_ptr<IVersion> queryNewestVersion(SystemType systemType, SystemBits bits,
                                                          ProjectType projectType, VersionType versionType,
                                                          VersionSource source, const Version& than) = 0;

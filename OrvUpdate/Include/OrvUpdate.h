@@ -1,6 +1,7 @@
 // Everything that a host uses of the update engine.
 #pragma once
 
+#include "FileObject.h"
 #include "HttpDownload.h"
 #include "IBackup.h"
 #include "IDownload.h"
@@ -10,7 +11,6 @@
 #include "IReleaseHistory.h"
 #include "IVersion.h"
 #include "IVersionRequest.h"
-#include "FileObject.h"
 #include "LocalDownload.h"
 #include "OrvBackup.h"
 #include "OrvInstaller.h"

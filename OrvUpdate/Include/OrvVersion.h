@@ -61,7 +61,8 @@ public:
     /// Releases the transfer and clears the local file name, so that the next getDownload chooses afresh.
     void resetDownload();
 
-    /// Reads one node document. @return -1 when the text is not JSON, -301 when a member is missing (nothing is written)
+    /// Reads one node document. @return -1 when the text is not JSON, -301 when a member is missing (nothing is
+    /// written)
     ErrorInfo parseVersion(const std::string& json);
     /// @return -301 when a member is missing; nothing is written then
     ErrorInfo parseVersion(const JsonValue& value);
@@ -79,8 +80,8 @@ public:
     static ErrorInfo parseVersionFromHttp(std::shared_ptr<IOWorker> ioWorker, const std::string& json,
                                           const std::string& dir, VersionSet& out, const std::string& serverId,
                                           const Version& version);
-    /// Walks the store and makes an entry for each sound package. Opens every package, so it takes time in proportion to
-    /// the store. @param getServerId for the entries; may be null   @return code 0, whatever was found
+    /// Walks the store and makes an entry for each sound package. Opens every package, so it takes time in proportion
+    /// to the store. @param getServerId for the entries; may be null   @return code 0, whatever was found
     static ErrorInfo parseVersionFromCache(std::shared_ptr<IOWorker> ioWorker, const std::string& dir, VersionSet& out,
                                            const std::shared_ptr<IGetServerId>& getServerId);
     /// Writes the node document of a set: an array, or "null" for an empty set. @return code 0

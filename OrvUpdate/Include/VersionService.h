@@ -13,9 +13,9 @@ namespace Tarnwick::OrvUpdate {
 
 class VersionRequest;
 
-/// Subscribes the topics of the update engine on one dispatcher and answers each from the node's VersionRequest. Must be
-/// owned by a std::shared_ptr before start. Handlers run on the queue's threads; set the version and the cache before
-/// start.
+/// Subscribes the topics of the update engine on one dispatcher and answers each from the node's VersionRequest. Must
+/// be owned by a std::shared_ptr before start. Handlers run on the queue's threads; set the version and the cache
+/// before start.
 class ORV_UPDATE_API VersionService : public std::enable_shared_from_this<VersionService> {
 public:
     /// For a process that has an installer and no catalogue.
@@ -49,11 +49,11 @@ private:
     Message onMQQueryReleaseHistoryCallback(const Message& message);
     Message onMQNotifyUpdateCallback(const Message& message);
 
-    /// Null when the request is for this node; a message with an error when it could not be passed on; a message without
-    /// one when it has been.
+    /// Null when the request is for this node; a message with an error when it could not be passed on; a message
+    /// without one when it has been.
     Message routeToTarget(const std::string& target, const Message& message);
-    /// The routing step in front of every handler. @return true when `reply` (null when the far node answers) is what the
-    /// handler returns
+    /// The routing step in front of every handler. @return true when `reply` (null when the far node answers) is what
+    /// the handler returns
     bool routed(const Message& message, Message& reply);
 
     std::shared_ptr<Tarnwick::MQ::MQDispatcher> mDispatcher;

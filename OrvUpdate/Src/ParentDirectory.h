@@ -5,8 +5,8 @@
 
 namespace Tarnwick::OrvUpdate {
 
-/// Makes the directories in front of the last separator of the path, of either kind. @return true when there is nothing to
-/// make or it has been made
+/// Makes the directories in front of the last separator of the path, of either kind. @return true when there is nothing
+/// to make or it has been made
 bool makeParentDirectory(const std::string& path);
 
 }  // namespace Tarnwick::OrvUpdate

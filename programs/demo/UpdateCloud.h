@@ -12,8 +12,8 @@ namespace httplib {
 class Server;
 }
 
-/// Announces one version and its notes, and serves the package: what a real cloud does, from memory. Serves on threads of
-/// its own until it is destroyed.
+/// Announces one version and its notes, and serves the package: what a real cloud does, from memory. Serves on threads
+/// of its own until it is destroyed.
 class UpdateCloud {
 public:
     struct Release {

@@ -23,9 +23,8 @@ int main(int argc, char** argv) {
     std::promise<const char*> outcome;
     const Version running("1.11.0.8", 0);
     const ErrorInfo started = request->start(
-        running,
-        [](const std::string&, std::string&, std::string&) { return true; },  // may it be installed now?
-        [&outcome] {                                                           // it is being installed: end
+        running, [](const std::string&, std::string&, std::string&) { return true; },  // may it be installed now?
+        [&outcome] {                                                                   // it is being installed: end
             outcome.set_value("upgrading");
             return true;
         },

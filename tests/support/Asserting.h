@@ -11,4 +11,7 @@ unsigned long countedAssertions();
 
 // Every EXPECT_ and ASSERT_ of GoogleTest opens with this macro.
 #undef GTEST_AMBIGUOUS_ELSE_BLOCKER_
-#define GTEST_AMBIGUOUS_ELSE_BLOCKER_ switch (::support::countAssertion()) case 0: default: // NOLINT
+#define GTEST_AMBIGUOUS_ELSE_BLOCKER_    \
+    switch (::support::countAssertion()) \
+    case 0:                              \
+    default:  // NOLINT

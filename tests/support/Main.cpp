@@ -9,7 +9,8 @@ std::atomic<unsigned long> sAssertions{0};
 class AssertingListener : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override { sAssertions = 0; }
     void OnTestEnd(const testing::TestInfo& info) override {
-        if (info.result()->Skipped()) ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " skipped itself";
+        if (info.result()->Skipped())
+            ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " skipped itself";
         if (sAssertions == 0) ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " asserted nothing";
     }
 };

@@ -36,13 +36,12 @@ ErrorInfo VersionService::start() {
     };
     const std::weak_ptr<VersionService> weak = shared_from_this();
     for (const auto& [topic, handler] : kTopics) {
-        mDispatcher->subscribe(
-            topic, this,
-            [weak, member = handler](const Message& message) -> Message {
-                const auto self = weak.lock();
-                return self ? ((*self).*member)(message) : nullptr;
-            },
-            {});
+        mDispatcher->subscribe(topic, this,
+                               [weak, member = handler](const Message& message) -> Message {
+                                   const auto self = weak.lock();
+                                   return self ? ((*self).*member)(message) : nullptr;
+                               },
+                               {});
     }
     return {};
 }

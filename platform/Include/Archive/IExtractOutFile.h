@@ -10,12 +10,12 @@ class ORV_PLATFORM_API IExtractOutFile {
 public:
     enum ErrorCode : int {
         ErrorCode_None = 0,
-        ErrorCode_Open = 1,      ///< the package is not open, or its file cannot be read
-        ErrorCode_Format = 2,    ///< a length, an offset or a count contradicts the file
-        ErrorCode_Data = 3,      ///< a compressed item does not decode
-        ErrorCode_Checksum = 4,  ///< the checksum over the package does not hold
-        ErrorCode_Limit = 5,     ///< more output than a package may give
-        ErrorCode_Cancelled = 6, ///< closed while it was being extracted
+        ErrorCode_Open = 1,       ///< the package is not open, or its file cannot be read
+        ErrorCode_Format = 2,     ///< a length, an offset or a count contradicts the file
+        ErrorCode_Data = 3,       ///< a compressed item does not decode
+        ErrorCode_Checksum = 4,   ///< the checksum over the package does not hold
+        ErrorCode_Limit = 5,      ///< more output than a package may give
+        ErrorCode_Cancelled = 6,  ///< closed while it was being extracted
     };
 
     virtual ~IExtractOutFile() = default;

@@ -11,7 +11,8 @@ constexpr char32_t kReplacement = 0xFFFD;
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-/// Takes one code point off the text at `at`; what is no UTF-8 (RFC 3629) gives the replacement and one byte of progress.
+/// Takes one code point off the text at `at`; what is no UTF-8 (RFC 3629) gives the replacement and one byte of
+/// progress.
 char32_t takeUtf8(const std::string& text, size_t& at) {
     const auto first = static_cast<uint8_t>(text[at++]);
     if (first < 0x80) return first;

@@ -13,9 +13,9 @@ struct ORV_PLATFORM_API Dirent {
     enum Type : int { Type_Directory = 0, Type_File = 1 };
 
     std::string name;
-    std::string fullPath;  ///< the directory's path as given, one separator, the name
-    std::string suffix;    ///< the text after the last point of the name, without the point; empty without one
-    Type type = Type_File; ///< a symbolic link counts as what it leads to, but a link to a directory as a file
+    std::string fullPath;   ///< the directory's path as given, one separator, the name
+    std::string suffix;     ///< the text after the last point of the name, without the point; empty without one
+    Type type = Type_File;  ///< a symbolic link counts as what it leads to, but a link to a directory as a file
 };
 
 /// Gives the entries in the order of the file system, without "." and "..". One thread at a time.

@@ -22,10 +22,10 @@ enum SeekPosition : int {
 
 /// Ways of opening a file. Any other number is refused.
 enum OpenMode : int {
-    OpenMode_ReadDefault = 0,       ///< read
-    OpenMode_Read = 2,              ///< read
-    OpenMode_Create = 0x1001,       ///< create and write, truncating a file that is there
-    OpenMode_CreateKeep = 0x1002,   ///< create when missing, read and write, nothing truncated
+    OpenMode_ReadDefault = 0,      ///< read
+    OpenMode_Read = 2,             ///< read
+    OpenMode_Create = 0x1001,      ///< create and write, truncating a file that is there
+    OpenMode_CreateKeep = 0x1002,  ///< create when missing, read and write, nothing truncated
 };
 
 /// One open file, and what can be done to files by path. Paths are UTF-8; on POSIX "/" and "\\" both separate. An empty

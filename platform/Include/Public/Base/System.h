@@ -90,8 +90,8 @@ public:
     static bool startElevated(const ProgramStart& start);
     /// Starts a program with the rights of this one. @return false only when the system gives no handle at all
     static bool startPlain(const ProgramStart& start);
-    /// Puts a function in the place of both starts, for tests and demonstrations; an empty one restores them. Its result
-    /// is theirs.
+    /// Puts a function in the place of both starts, for tests and demonstrations; an empty one restores them. Its
+    /// result is theirs.
     static void setProgramStarter(const Function<bool(const ProgramStart&)>& starter);
 };
 

@@ -10,8 +10,8 @@
 
 namespace Public::Base {
 
-/// Runs on the Clock in force when it is started. The destructor stops it and waits for a running call to end, unless it
-/// is that call which destroys the timer. start and stop may be called from any thread, also by the call itself.
+/// Runs on the Clock in force when it is started. The destructor stops it and waits for a running call to end, unless
+/// it is that call which destroys the timer. start and stop may be called from any thread, also by the call itself.
 class ORV_PLATFORM_API Timer {
 public:
     /// @param name of the thread, for debuggers

@@ -14,20 +14,21 @@ namespace Tarnwick::MQ {
 
 /// Who a node is, as it tells the cluster.
 struct NodeOptions {
-    std::string id;        ///< unique in the cluster, compared byte for byte; on a bus that proves identities, what the key says
+    std::string
+        id;  ///< unique in the cluster, compared byte for byte; on a bus that proves identities, what the key says
     std::string systemId;  ///< id of the cluster
     std::string serverId;  ///< client: the server of its link, empty for none. Server: its own id, `id` when empty
     std::string version;   ///< text form of the running version
     std::vector<Public::Network::NetAddr> addresses;  ///< where the node's HTTP service is reached
-    bool ready = true;     ///< takes part in elections and serves requests
+    bool ready = true;                                ///< takes part in elections and serves requests
 };
 
 /// Carries frames (bytes) from one node id to another; all else (message ids, time-outs, subscriptions, forwarding,
 /// presence, master) is made once, above it. All operations may be called from any thread.
 class ORV_PLATFORM_API Bus {
 public:
-    /// What a node gives to the bus when it joins. The functions run on the bus's threads, several at once, never under a
-    /// lock of the bus.
+    /// What a node gives to the bus when it joins. The functions run on the bus's threads, several at once, never under
+    /// a lock of the bus.
     struct Endpoint {
         std::function<void(const std::string& from, std::string frame)> onFrame;
         /// A node went or a link was cut: frames to it will not arrive. Earlier than its silence would tell.

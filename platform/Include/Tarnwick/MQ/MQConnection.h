@@ -25,10 +25,10 @@ enum ConnectionState : int {
     ConnectionState_Dead = 6,  ///< not usable
 };
 
-/// Held by std::shared_ptr. All operations may be called from any thread. Every push returns the message's id, or 0 when
-/// it could not be sent (a closed link, a frame too large): the callback is never called then. Otherwise the callback runs
-/// exactly once: with the answer, or with a message whose errorInfo tells -202 (time-out), -203 (link or node gone) or
-/// -204 (no such node). `body` and `authen` may be null. Time-outs are in milliseconds of the Clock.
+/// Held by std::shared_ptr. All operations may be called from any thread. Every push returns the message's id, or 0
+/// when it could not be sent (a closed link, a frame too large): the callback is never called then. Otherwise the
+/// callback runs exactly once: with the answer, or with a message whose errorInfo tells -202 (time-out), -203 (link or
+/// node gone) or -204 (no such node). `body` and `authen` may be null. Time-outs are in milliseconds of the Clock.
 class ORV_PLATFORM_API MQConnection {
 public:
     virtual ~MQConnection() = default;
@@ -58,8 +58,8 @@ public:
     virtual std::string myMqId() const = 0;
     /// Sends a response made by buildResponse. @param flag always false   @return -203 when it cannot be sent
     virtual Public::Base::ErrorInfo pushResponse(const std::shared_ptr<MQMessage>& response, bool flag) = 0;
-    /// Passes a received request on to the node `to` in the name of `from`, with the authentication record when it is not
-    /// null. The answer of `to` goes to the first sender. @return -203 when it cannot be sent
+    /// Passes a received request on to the node `to` in the name of `from`, with the authentication record when it is
+    /// not null. The answer of `to` goes to the first sender. @return -203 when it cannot be sent
     virtual Public::Base::ErrorInfo forwardMessageTo(const std::string& from, const std::string& to,
                                                      const std::shared_ptr<MQMessage>& message,
                                                      const Tarnwick::Protocol::TWPacket* authen) = 0;

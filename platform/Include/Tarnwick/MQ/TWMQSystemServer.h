@@ -11,8 +11,8 @@
 
 namespace Tarnwick::MQ {
 
-/// Announces itself twice a second; a peer that is silent for 1.75 seconds is not reachable. The master is the reachable,
-/// ready system server with the smallest id.
+/// Announces itself twice a second; a peer that is silent for 1.75 seconds is not reachable. The master is the
+/// reachable, ready system server with the smallest id.
 class ORV_PLATFORM_API TWMQSystemServer : public TWMQServer {
 public:
     /// @return null when the id is empty or taken

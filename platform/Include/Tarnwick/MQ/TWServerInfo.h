@@ -15,10 +15,10 @@ namespace Tarnwick::Protocol {
 struct ORV_PLATFORM_API TWProtoServerRecvInfo : TWPacket {
     std::string serverId;
     std::string systemId;
-    std::string version;    ///< text form
-    std::string addresses;  ///< "ip port" lines of its HTTP service
-    bool reachable = false; ///< heard of within 1.75 seconds, and its link has not failed since
-    bool ready = false;     ///< serves requests
+    std::string version;     ///< text form
+    std::string addresses;   ///< "ip port" lines of its HTTP service
+    bool reachable = false;  ///< heard of within 1.75 seconds, and its link has not failed since
+    bool ready = false;      ///< serves requests
 
     const char* typeName() const override { return "TWProtoServerRecvInfo"; }
     uint64_t typeId() const override { return 0x34143257d999eff5ULL; }

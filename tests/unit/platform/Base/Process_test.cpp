@@ -22,7 +22,8 @@ TEST(Process, WaitEndsWithTheProcess) {
     const support::TempDir dir;
     const std::string idFile = dir.path() + "/id";
     // The shell tells its id and ends when its input does, which is at once.
-    ASSERT_TRUE(Public::Base::System::startPlain({"/bin/sh", "\"-c\" \"echo $$ > " + idFile + "; cat </dev/null\"", true, false}));
+    ASSERT_TRUE(Public::Base::System::startPlain(
+        {"/bin/sh", "\"-c\" \"echo $$ > " + idFile + "; cat </dev/null\"", true, false}));
     unsigned int id = 0;
     while (!(std::ifstream(idFile) >> id)) std::this_thread::yield();
     EXPECT_TRUE(Process::waitForExit(id, 60000));
