@@ -129,6 +129,10 @@ BadScript BadScript::interimFirst(const std::string& body) {
         head(200, lengthField(body.size())) + body);
 }
 
+BadHttpServer::BadHttpServer() {
+    begin([this](LoopbackConnection& connection) { answerAll(connection); });
+}
+
 BadHttpServer::~BadHttpServer() {
     {
         std::lock_guard lock(mScriptMutex);
@@ -155,7 +159,7 @@ bool BadHttpServer::pause(std::chrono::milliseconds duration) {
     return !mEnded.wait_for(lock, duration, [this] { return mClosing; });
 }
 
-void BadHttpServer::serve(LoopbackConnection& connection) {
+void BadHttpServer::answerAll(LoopbackConnection& connection) {
     HttpRequest request;
     while (connection.readRequest(request)) {
         record(request);

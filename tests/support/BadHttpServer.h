@@ -64,7 +64,7 @@ private:
 /// Scripts by path, without the query; a path that has none gets 404. All operations may be called from any thread.
 class BadHttpServer : public LoopbackServer {
 public:
-    BadHttpServer() = default;
+    BadHttpServer();
     ~BadHttpServer() override;
 
     void script(const std::string& path, BadScript script);
@@ -72,7 +72,7 @@ public:
     std::string redirectChain(const std::string& name, int length, const std::string& body);
 
 private:
-    void serve(LoopbackConnection& connection) override;
+    void answerAll(LoopbackConnection& connection);
     bool pause(std::chrono::milliseconds duration);
 
     std::mutex mScriptMutex;

@@ -15,6 +15,10 @@ std::string headOf(const HttpFileServer::Response& response) {
 
 }  // namespace
 
+HttpFileServer::HttpFileServer() {
+    begin([this](LoopbackConnection& connection) { answerAll(connection); });
+}
+
 HttpFileServer::~HttpFileServer() {
     {
         std::lock_guard lock(mRouteMutex);
@@ -89,7 +93,7 @@ HttpFileServer::Response HttpFileServer::answer(const HttpRequest& request) cons
     return handler ? handler(request) : Response{404, "nothing here", {}};
 }
 
-void HttpFileServer::serve(LoopbackConnection& connection) {
+void HttpFileServer::answerAll(LoopbackConnection& connection) {
     HttpRequest request;
     while (connection.readRequest(request)) {
         record(request);

@@ -19,7 +19,7 @@ public:
     };
     using Handler = std::function<Response(const HttpRequest&)>;
 
-    HttpFileServer() = default;
+    HttpFileServer();
     ~HttpFileServer() override;
 
     void serve(const std::string& path, std::string body, int status = 200);
@@ -35,7 +35,7 @@ public:
     bool waitForHeld(const std::string& path) const;
 
 private:
-    void serve(LoopbackConnection& connection) override;
+    void answerAll(LoopbackConnection& connection);
     Response answer(const HttpRequest& request) const;
     void waitWhileHeld(const std::string& path);
 

@@ -117,6 +117,10 @@ LoopbackServer::LoopbackServer() {
         throw std::runtime_error("no listener on loopback");
     }
     mPort = ntohs(address.sin_port);
+}
+
+void LoopbackServer::begin(std::function<void(LoopbackConnection&)> service) {
+    mService = std::move(service);
     mAcceptor = std::thread([this] { accept(); });
 }
 
@@ -148,7 +152,7 @@ void LoopbackServer::accept() {
 
 void LoopbackServer::run(int socket, size_t number) {
     LoopbackConnection connection(socket, number);
-    serve(connection);
+    mService(connection);
     std::lock_guard lock(mMutex);
     mOpen.erase(socket);
     ::close(socket);
@@ -165,7 +169,7 @@ void LoopbackServer::stop() {
         mChanged.notify_all();
     }
     ::shutdown(mListener, SHUT_RDWR);
-    mAcceptor.join();
+    if (mAcceptor.joinable()) mAcceptor.join();
     ::close(mListener);
     {
         std::lock_guard lock(mMutex);

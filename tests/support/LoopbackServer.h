@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <mutex>
 #include <set>
@@ -50,7 +51,8 @@ private:
     std::string mUnread;
 };
 
-/// Listens from construction to `stop`. A derived class answers in `serve` and calls `stop` in its destructor.
+/// Listens from construction to `stop`. A derived class gives its answers with `begin` at the end of its constructor,
+/// so that no thread sees it half made, and calls `stop` in its destructor.
 class LoopbackServer {
 public:
     LoopbackServer();
@@ -76,7 +78,8 @@ public:
     static constexpr std::chrono::seconds kPatience{20};
 
 protected:
-    virtual void serve(LoopbackConnection& connection) = 0;
+    /// @param service answers one connection, on a thread of its own
+    void begin(std::function<void(LoopbackConnection&)> service);
     void record(const HttpRequest& request);
     /// Ends the listener and every connection; returns when their threads have.
     void stop();
@@ -88,6 +91,7 @@ private:
 
     int mListener = -1;
     uint16_t mPort = 0;
+    std::function<void(LoopbackConnection&)> mService;
     std::thread mAcceptor;
     mutable std::mutex mMutex;
     mutable std::condition_variable mChanged;
