@@ -67,6 +67,12 @@ protected:
         const auto body = notifyBody(version);
         return ask(topic, &body);
     }
+    /// Stops the request and waits for the service to go, which a handler that has not returned yet still holds.
+    void stopService() {
+        const std::weak_ptr<VersionService> service = Access::service(*mRequest);
+        mRequest->stop();
+        while (!service.expired()) std::this_thread::yield();
+    }
     std::string lastTarget(const std::string& path) const {
         std::string target;
         for (const auto& request : mCloud.requests()) {
@@ -260,7 +266,7 @@ TEST_F(RequestVersionTopic, SendsNothingWhenTheServiceHasGone) {
     mCloud.hold(UpdateCloud::kVersions);
     mAsker.send("server", kRequestVersion);
     ASSERT_TRUE(mCloud.waitForHeld(UpdateCloud::kVersions));
-    mRequest->stop();
+    stopService();
     mCloud.release(UpdateCloud::kVersions);
     ASSERT_TRUE(repliesOver());
     startAt(*mRequest, "1.0.0.0");
@@ -341,7 +347,7 @@ TEST_F(RequestNotesTopic, SendsNothingWhenTheServiceHasGone) {
     mCloud.hold(UpdateCloud::kNotes);
     mAsker.send("server", kRequestNotes);
     ASSERT_TRUE(mCloud.waitForHeld(UpdateCloud::kNotes));
-    mRequest->stop();
+    stopService();
     mCloud.release(UpdateCloud::kNotes);
     ASSERT_TRUE(repliesOver());
     startAt(*mRequest, "1.0.0.0");
