@@ -603,7 +603,8 @@ TEST_F(InstallCancel, WhenThePackageArrivesAtThatMomentNeitherHangsNorReports) {
     for (int round = 0; round < 20; ++round) {
         const auto version = cloudEntry();
         // A place of its own: one that is cancelled in its test still discards its package, at whatever time.
-        version->setVersion("9.0.0." + std::to_string(round));
+        version->setSystemType(static_cast<Public::Base::SystemType>(round % 5 + 1));
+        version->setVersionType(static_cast<VersionType>(round / 5 + 1));
         install(version);
         mRequest->installCancel(version);
         EXPECT_TRUE(ended());
