@@ -67,6 +67,7 @@ Row compare(const Comparison& comparison) {
     row.ours = comparison.amount / median(ours.elapsed);
     row.theirs = comparison.amount / median(theirs.elapsed);
     row.ratio = row.ours / *row.theirs;
+    if (row.target) row.holds = *row.ratio >= *row.target;
     row.processorRatio = median(theirs.processor) / median(ours.processor);
     return row;
 }

@@ -7,15 +7,16 @@
 
 namespace bench {
 
-/// One line of the result. A row without a peer has only a name, a figure and a unit.
+/// One line of the result.
 struct Row {
     std::string name;
-    std::string peer = {};
+    std::string peer = {};  ///< empty for none
     double ours = 0;
     std::optional<double> theirs = {};
     std::string unit = {};
-    std::optional<double> ratio = {};   ///< our speed by the peer's: above 1 we are the faster
-    std::optional<double> target = {};  ///< of the ratio
+    std::optional<double> ratio = {};   ///< how many times as good as the peer we are
+    std::optional<double> target = {};  ///< of the ratio; without a peer, of our own figure
+    std::optional<bool> holds = {};
     /// Processor time of the peer by ours, all threads and children: what a loaded machine makes of the ratio it cannot
     /// make of this.
     std::optional<double> processorRatio = {};
@@ -37,7 +38,7 @@ struct Comparison {
     Side theirs;
     double amount = 0;  ///< work of one run, in the unit
     std::string unit;   ///< what is done, per second
-    double target = 1;
+    std::optional<double> target = {};
 };
 Row compare(const Comparison& comparison);
 
@@ -62,6 +63,9 @@ void measurePackages(const Report& report);
 void measureSignature(const Report& report);
 void measureDownload(const Report& report);
 void measureBackup(const Report& report);
+void measureDependencies(const Report& report);
+void measureStore(const Report& report);
 void measureCatalogue(const Report& report);
+void measureMemory(const Report& report);
 
 }  // namespace bench

@@ -1,6 +1,7 @@
 // Measures the engine beside tools that do the same work, prints a table, and writes it as JSON.
 //
-//   orvbench [GROUP...]    packages, signature, download, backup, catalogue; all of them unless some are named
+//   orvbench [GROUP...]    packages, signature, download, backup, dependencies, store, catalogue, memory; all
+//                         of them unless some are named
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -21,11 +22,10 @@ struct Group {
     void (*measure)(const bench::Report& report);
 };
 
-const std::vector<Group> sGroups{{"packages", bench::measurePackages},
-                                 {"signature", bench::measureSignature},
-                                 {"download", bench::measureDownload},
-                                 {"backup", bench::measureBackup},
-                                 {"catalogue", bench::measureCatalogue}};
+const std::vector<Group> sGroups{{"packages", bench::measurePackages},         {"signature", bench::measureSignature},
+                                 {"download", bench::measureDownload},         {"backup", bench::measureBackup},
+                                 {"dependencies", bench::measureDependencies}, {"store", bench::measureStore},
+                                 {"catalogue", bench::measureCatalogue},       {"memory", bench::measureMemory}};
 
 std::string number(const std::optional<double>& value, const char* format) {
     char text[32];
@@ -35,19 +35,22 @@ std::string number(const std::optional<double>& value, const char* format) {
 }
 
 const char* verdict(const Row& row) {
-    if (!row.ratio || !row.target) return "-";
-    return *row.ratio >= *row.target ? "yes" : "no";
+    if (!row.holds) return "-";
+    return *row.holds ? "yes" : "NO";
 }
 
 void print(const Row& row) {
-    std::printf("%-38s %-22s %10s %10s %-9s %7s %7s %-5s %7s\n", row.name.c_str(),
+    std::printf("%-44s %-24s %10s %10s %-9s %7s %7s %-5s %7s\n", row.name.c_str(),
                 row.peer.empty() ? "-" : row.peer.c_str(), number(row.ours, "%.1f").c_str(),
                 number(row.theirs, "%.1f").c_str(), row.unit.c_str(), number(row.ratio, "%.2f").c_str(),
                 number(row.target, "%.2f").c_str(), verdict(row), number(row.processorRatio, "%.2f").c_str());
     std::fflush(stdout);
 }
 
-JsonValue optional(const std::optional<double>& value) { return value ? JsonValue(*value) : JsonValue(); }
+template <class T>
+JsonValue optional(const std::optional<T>& value) {
+    return value ? JsonValue(*value) : JsonValue();
+}
 
 JsonValue document(const Row& row) {
     JsonValue value;
@@ -58,7 +61,7 @@ JsonValue document(const Row& row) {
     value["unit"] = row.unit;
     value["ratio"] = optional(row.ratio);
     value["target"] = optional(row.target);
-    value["holds"] = row.ratio && row.target ? JsonValue(*row.ratio >= *row.target) : JsonValue();
+    value["holds"] = optional(row.holds);
     value["processorRatio"] = optional(row.processorRatio);
     return value;
 }
@@ -86,7 +89,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     Public::Base::setLogSink([](const Public::Base::LogEntry&) {});
-    std::printf("%u cores\n%-38s %-22s %10s %10s %-9s %7s %7s %-5s %7s\n", std::thread::hardware_concurrency(), "what",
+    std::printf("%u cores\n%-44s %-24s %10s %10s %-9s %7s %7s %-5s %7s\n", std::thread::hardware_concurrency(), "what",
                 "peer", "ours", "theirs", "unit", "ratio", "target", "holds", "cpu");
     std::fflush(stdout);
     std::vector<Row> rows;

@@ -1,8 +1,12 @@
 // Testing and unpacking packages.
+#include "Packages.h"
+
 #include <chrono>
 #include <filesystem>
+#include <vector>
 
 #include "Bench.h"
+#include "Content.h"
 #include "OrvBackup.h"
 #include "OrvInstaller.h"
 
@@ -10,22 +14,7 @@ namespace bench {
 
 using namespace Tarnwick::OrvUpdate;
 
-namespace {
-
-constexpr const char* kVersion = "1.0.0.0";
-constexpr int kFileKib = 6144;
-constexpr int kFiles = 10;
-constexpr double kMegabytes = kFiles * kFileKib / 1024.0;
-
-std::string package(const std::string& name, const std::string& options) {
-    const std::string path = dataPath(name + ".exe");
-    if (!std::filesystem::exists(path)) {
-        run(shellWord(ORV_BENCH_MAKE_PACKAGE) + " --version " + kVersion + " --size " + std::to_string(kFileKib) + " " +
-            options + " " + shellWord(path + ".exe"));
-        std::filesystem::rename(path + ".exe", path);  // one that was not finished does not stay
-    }
-    return path;
-}
+static constexpr const char* kVersion = "1.0.0.0";
 
 void check(const std::string& path) {
     require(!OrvInstaller::checkPackage(path, kVersion, 64), "checkPackage refuses " + path);
@@ -42,38 +31,49 @@ void unpack(const std::string& path, const std::string& target) {
     require(!installer->getError() && progress > 0.999F, "unpacking fails: " + path);
 }
 
-Row compareCheck(const std::string& form, const std::string& path) {
-    return compare({.name = "check package, " + form,
+namespace {
+
+/// A form of the same content, and what is to be reached with it.
+struct Form {
+    std::string name;
+    std::string path;
+    double check;
+    double unpack;
+};
+
+Row compareCheck(const Form& form, double megabytes) {
+    return compare({.name = "check package, " + form.name,
                     .peer = "7zz t",
-                    .ours = {[&] { check(path); }},
-                    .theirs = {[&] { run("7zz t -bd " + shellWord(path)); }},
-                    .amount = kMegabytes,
-                    .unit = "MiB/s"});
+                    .ours = {[&] { check(form.path); }},
+                    .theirs = {[&] { run("7zz t -bd " + shellWord(form.path)); }},
+                    .amount = megabytes,
+                    .unit = "MB/s",
+                    .target = form.check});
 }
 
-Row compareUnpack(const std::string& form, const std::string& path) {
+Row compareUnpack(const Form& form, double megabytes) {
     std::string target;
     const auto empty = [&] { target = freshDirectory("unpacked"); };
-    return compare({.name = "unpack, " + form,
+    return compare({.name = "unpack, " + form.name,
                     .peer = "7zz x",
-                    .ours = {[&] { unpack(path, target); }, empty},
-                    .theirs = {[&] { run("7zz x -bd -y -o" + shellWord(target) + " " + shellWord(path)); }, empty},
-                    .amount = kMegabytes,
-                    .unit = "MiB/s"});
+                    .ours = {[&] { unpack(form.path, target); }, empty},
+                    .theirs = {[&] { run("7zz x -bd -y -o" + shellWord(target) + " " + shellWord(form.path)); }, empty},
+                    .amount = megabytes,
+                    .unit = "MB/s",
+                    .target = form.unpack});
 }
 
 }  // namespace
 
 void measurePackages(const Report& report) {
-    const std::string solid = package("lzma-solid", "--compressor lzma");
-    const std::string separate = package("lzma-items", "--compressor lzma --separate");
-    const std::string zlib = package("zlib-items", "--compressor zlib --separate");
-    report(compareCheck("LZMA solid", solid));
-    report(compareCheck("LZMA per item", separate));
-    report(compareCheck("zlib per item", zlib));
-    report(compareUnpack("LZMA solid", solid));
-    report(compareUnpack("LZMA per item", separate));
-    report(compareUnpack("zlib per item", zlib));
+    const std::string content = programContent();
+    const double megabytes = static_cast<double>(sizeOf(content)) / kMegabyte;
+    const std::vector<Form> forms{
+        {"LZMA solid", package("lzma-solid", content, "--compressor lzma"), 1.5, 1.3},
+        {"LZMA per item", package("lzma-items", content, "--compressor lzma --separate"), 2.2, 1.3},
+        {"zlib per item", package("zlib-items", content, "--compressor zlib --separate"), 2.5, 1.3}};
+    for (const Form& form : forms) report(compareCheck(form, megabytes));
+    for (const Form& form : forms) report(compareUnpack(form, megabytes));
     std::filesystem::remove_all(dataPath("unpacked"));
 }
 
