@@ -5,9 +5,9 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build pkg-config git ca-certificates python3 xz-utils
   libcurl4-openssl-dev libssl-dev zlib1g-dev liblzma-dev nlohmann-json3-dev libspdlog-dev
-  libgtest-dev libbenchmark-dev
+  libgtest-dev
   libcpp-httplib-dev
-  nsis osslsigncode openssl protobuf-compiler 7zip
+  nsis osslsigncode openssl protobuf-compiler 7zip curl
   clang-format clang-tidy
 )
 # "fuzz" adds the compiler that has the fuzzing engine.

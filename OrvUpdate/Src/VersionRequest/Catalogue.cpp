@@ -145,10 +145,16 @@ ErrorInfo VersionRequest::updateVersions(const VersionSet& versions, StoragePosi
     std::lock_guard lock(mVersionMutex);
     takeOut(mVersions, removed,
             [position](const IVersion& version) { return version.getStoragePosition() == position; });
+    // Both sets have one order, so that one walk over both finds every place.
+    const auto isBefore = mVersions.key_comp();
+    auto place = mVersions.begin();
     for (const auto& version : versions) {
         if (!version) continue;
-        if (auto equivalent = mVersions.extract(version)) removed.push_back(std::move(equivalent.value()));
-        mVersions.insert(version);
+        while (place != mVersions.end() && isBefore(*place, version)) ++place;
+        if (place != mVersions.end() && !isBefore(version, *place)) {
+            removed.push_back(std::move(mVersions.extract(place++).value()));
+        }
+        mVersions.insert(place, version);
     }
     return {};
 }
