@@ -68,4 +68,9 @@ void measureStore(const Report& report);
 void measureCatalogue(const Report& report);
 void measureMemory(const Report& report);
 
+/// The command line by which the memory benchmark runs one of its stages in a process of its own.
+constexpr const char* kPeakOption = "--peak";
+/// Prints the most memory, in MiB, that the stage takes.
+void printPeak(size_t stage);
+
 }  // namespace bench

@@ -10,6 +10,7 @@
 namespace bench {
 
 /// Receives the body of the server into a store. @return the path of the package
-std::string download(const std::shared_ptr<Tarnwick::OrvUpdate::IOWorker>& worker, const std::string& store, const std::string& url);
+std::string download(const std::shared_ptr<Tarnwick::OrvUpdate::IOWorker>& worker, const std::string& store,
+                     const std::string& url);
 
 }  // namespace bench

@@ -78,17 +78,7 @@ bool isWanted(const std::string& name, const std::vector<std::string>& wanted) {
     return wanted.empty() || std::find(wanted.begin(), wanted.end(), name) != wanted.end();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    const std::vector<std::string> wanted(argv + 1, argv + argc);
-    for (const std::string& name : wanted) {
-        if (std::any_of(sGroups.begin(), sGroups.end(), [&](const Group& group) { return group.name == name; }))
-            continue;
-        std::fprintf(stderr, "orvbench: no group '%s'\n", name.c_str());
-        return 2;
-    }
-    Public::Base::setLogSink([](const Public::Base::LogEntry&) {});
+int measureAll(const std::vector<std::string>& wanted) {
     std::printf("%u cores\n%-44s %-24s %10s %10s %-9s %7s %7s %-5s %7s\n", std::thread::hardware_concurrency(), "what",
                 "peer", "ours", "theirs", "unit", "ratio", "target", "holds", "cpu");
     std::fflush(stdout);
@@ -108,4 +98,27 @@ int main(int argc, char** argv) {
     }
     save(rows);
     return failed ? 1 : 0;
+}
+
+bool isGroup(const std::string& name) {
+    return std::any_of(sGroups.begin(), sGroups.end(), [&](const Group& group) { return group.name == name; });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> wanted(argv + 1, argv + argc);
+    Public::Base::setLogSink([](const Public::Base::LogEntry&) {});
+    try {
+        if (wanted.size() == 2 && wanted[0] == bench::kPeakOption) {
+            bench::printPeak(std::stoul(wanted[1]));
+            return 0;
+        }
+        const auto wrong = std::find_if_not(wanted.begin(), wanted.end(), isGroup);
+        if (wrong == wanted.end()) return measureAll(wanted);
+        std::fprintf(stderr, "orvbench: no group '%s'\n", wrong->c_str());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "orvbench: %s\n", error.what());
+    }
+    return 2;
 }
