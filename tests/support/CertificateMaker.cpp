@@ -1,6 +1,7 @@
 #include "CertificateMaker.h"
 
 #include <openssl/rand.h>
+#include <openssl/rsa.h>
 
 #include "OpenSslHandles.h"
 
@@ -14,11 +15,40 @@ std::string toPem(BIO* bio) {
     return std::string(text, static_cast<size_t>(length));
 }
 
+EVP_PKEY* newPssKey() {
+    const Owned<EVP_PKEY_CTX, &EVP_PKEY_CTX_free> context(EVP_PKEY_CTX_new_from_name(nullptr, "RSA-PSS", nullptr));
+    EVP_PKEY* key = nullptr;
+    require(context && EVP_PKEY_keygen_init(context.get()) == 1 &&
+                EVP_PKEY_CTX_set_rsa_keygen_bits(context.get(), 2048) == 1 &&
+                EVP_PKEY_generate(context.get(), &key) == 1,
+            "make a key");
+    return key;
+}
+
 Key newKey(CertificateSpec::KeyKind kind) {
-    Key key(kind == CertificateSpec::EcP256 ? EVP_EC_gen("P-256")
-                                            : EVP_RSA_gen(kind == CertificateSpec::Rsa512 ? 512u : 2048u));
+    auto make = [&] {
+        switch (kind) {
+            case CertificateSpec::EcP256:
+                return EVP_EC_gen("P-256");
+            case CertificateSpec::EcP384:
+                return EVP_EC_gen("P-384");
+            case CertificateSpec::RsaPss:
+                return newPssKey();
+            case CertificateSpec::Rsa512:
+                return EVP_RSA_gen(512u);
+            case CertificateSpec::Rsa2048:
+                break;
+        }
+        return EVP_RSA_gen(2048u);
+    };
+    Key key(make());
     require(key != nullptr, "make a key");
     return key;
+}
+
+std::string constraints(const CertificateSpec& spec) {
+    if (!spec.authority) return "CA:FALSE";
+    return "critical,CA:TRUE" + (spec.pathLength < 0 ? "" : ",pathlen:" + std::to_string(spec.pathLength));
 }
 
 void setName(X509_NAME* name, const CertificateSpec& spec) {
@@ -99,11 +129,10 @@ Credential makeCertificate(const CertificateSpec& spec, const Credential* issuer
             "notBefore");
     require(ASN1_TIME_set_string_X509(X509_getm_notAfter(certificate.get()), spec.notAfter.c_str()) == 1, "notAfter");
     X509_set_pubkey(certificate.get(), key.get());
-    if (spec.constrained)
-        addExtension(certificate.get(), issuing, NID_basic_constraints,
-                     spec.authority ? "critical,CA:TRUE" : "CA:FALSE");
+    if (spec.constrained) addExtension(certificate.get(), issuing, NID_basic_constraints, constraints(spec));
     addExtension(certificate.get(), issuing, NID_key_usage, spec.keyUsage);
     addExtension(certificate.get(), issuing, NID_ext_key_usage, spec.extendedKeyUsage);
+    addExtension(certificate.get(), issuing, NID_crl_distribution_points, spec.revocationList);
     addExtension(certificate.get(), issuing, NID_subject_key_identifier, "hash");
     addExtension(certificate.get(), issuing, NID_authority_key_identifier, "keyid:always");
     const EVP_MD* digest = EVP_get_digestbyname(spec.digest.c_str());

@@ -13,7 +13,7 @@ struct Credential {
 };
 
 struct CertificateSpec {
-    enum KeyKind { Rsa2048, EcP256, Rsa512 };
+    enum KeyKind { Rsa2048, EcP256, EcP384, RsaPss, Rsa512 };
 
     std::string commonName = {};    ///< left out when empty
     std::string organization = {};  ///< left out when empty
@@ -21,8 +21,10 @@ struct CertificateSpec {
     std::string notAfter = "20491231000000Z";
     bool authority = false;             ///< may issue certificates
     bool constrained = true;            ///< says whether it is an authority at all
+    int pathLength = -1;                ///< authorities that may stand below this one; any number when negative
     std::string keyUsage = {};          ///< as OpenSSL's configuration writes it; left out when empty
     std::string extendedKeyUsage = {};  ///< likewise
+    std::string revocationList = {};    ///< where the issuer's list is to be had; left out when empty
     std::string digest = "sha256";      ///< of the issuer's signature
     KeyKind keyKind = Rsa2048;
     std::string key = {};  ///< PEM of a key to use again; empty makes a new one

@@ -94,8 +94,8 @@ void signFile(const Credential& signer, const std::string& in, const std::string
     auto quoted = [](const fs::path& path) { return "\"" + path.string() + "\""; };
     const std::string command = "osslsigncode sign -certs " + quoted(work.path / "certs.pem") + " -key " +
                                 quoted(work.path / "key.pem") + " -h " + options.hash +
-                                (options.nested ? " -nest" : "") + " -in " + quoted(in) + " -out " +
-                                quoted(work.path / "out.exe") + " > " + quoted(work.path / "log") + " 2>&1";
+                                (options.nested ? " -nest" : "") + " " + options.words + " -in " + quoted(in) +
+                                " -out " + quoted(work.path / "out.exe") + " > " + quoted(work.path / "log") + " 2>&1";
     if (std::system(command.c_str()) != 0) throw std::runtime_error("osslsigncode: " + load(work.path / "log"));
     if (options.stamp) {
         auto signatures = readSignatures((work.path / "out.exe").string());

@@ -69,9 +69,10 @@ PeSecurity PeSecurity::locate(Bytes file) {
     if (!head.securityEntry) return answer(State::Unsigned, "the file has no certificate table");
     const uint64_t begin = little32(file, head.securityEntry);
     const uint64_t size = little32(file, head.securityEntry + 4);
-    if (!begin && !size) return answer(State::Unsigned, "the file has no certificate table");
-    if (!begin || !size || begin + size != file.size())
-        return answer(State::Unsigned, "the certificate table is not at the end of the file");
+    if (!begin || !size) return answer(State::Unsigned, "the file has no certificate table");
+    // Not unsigned: what is left of a signed package that was cut where its table began looks whole otherwise.
+    if (begin + size != file.size())
+        return answer(State::Damaged, "the certificate table is not at the end of the file");
     if (begin < head.securityEntry + 8)
         return answer(State::Damaged, "the certificate table lies in the head of the file");
 

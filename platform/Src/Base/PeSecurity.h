@@ -15,8 +15,8 @@ struct PeSecurity {
 
     enum class State {
         NotProgram,  ///< no PE file
-        Unsigned,    ///< no certificate table, or one that does not end the file exactly: verifiers ignore it
-        Damaged,     ///< a certificate table is there, but holds no signature that could be judged
+        Unsigned,    ///< the head names no certificate table
+        Damaged,     ///< the head names one, but no signature that could be judged stands there
         Signed,
     };
 

@@ -159,6 +159,13 @@ TEST_F(PackageTest, ASignedPackageThatWasChangedIsRefused) {
     EXPECT_EQ(check(signedPackage), -302);
 }
 
+TEST_F(PackageTest, ASignedPackageCutWhereTheArchiveEndsIsRefused) {
+    const std::string signedPackage = mDir.path() + "/signed.exe";
+    mKit.sign(make(), signedPackage);
+    std::filesystem::resize_file(signedPackage, std::filesystem::file_size(mPackage));
+    EXPECT_EQ(check(signedPackage), -302);
+}
+
 TEST_F(PackageTest, ABadSignatureIsRefusedAlsoWhereTheLengthIsAsDeclared) {
     // The package declares the length that it will have when it is signed.
     PackageSpec spec;

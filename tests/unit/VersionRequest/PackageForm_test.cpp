@@ -70,6 +70,19 @@ TEST_F(PackageForm, RefusesASignedPackageThatWasAltered) {
     EXPECT_FALSE(VersionRequest::isInvalidPakcage(path));
 }
 
+TEST_F(PackageForm, RefusesASignedPackageCutWhereTheArchiveEnds) {
+    const std::string path = mStore.put("p.exe");
+    const auto archive = std::filesystem::file_size(path);
+    SigningKit().sign(path, mStore.path("signed.exe"));
+    std::filesystem::resize_file(mStore.path("signed.exe"), archive);
+    // All that the archive itself can tell is in order.
+    NSISDecompile reader;
+    uint64_t size = 0;
+    ASSERT_TRUE(reader.open(mStore.path("signed.exe"), "") && reader.getSize(size));
+    EXPECT_EQ(archive, size);
+    EXPECT_FALSE(VersionRequest::isInvalidPakcage(mStore.path("signed.exe")));
+}
+
 TEST_F(PackageForm, RefusesAPackageOfAnUntrustedSigner) {
     EXPECT_FALSE(VersionRequest::isInvalidPakcage(mStore.putSigned("p.exe", SigningKit::Untrusted)));
 }

@@ -10,10 +10,10 @@ namespace Public::Base {
 
 /// Authenticode: the signature that a PE file carries in its certificate table (Microsoft, "Windows Authenticode
 /// Portable Executable Signature Format"). Windows asks the system's verifier, without fetching revocation lists; POSIX
-/// checks the table, the digest (SHA-1 or SHA-256), the CMS signature (RFC 5652) and the chain (RFC 5280) against the
+/// checks the table, the digest (SHA-1 or SHA-2), the CMS signature (RFC 5652) and the chain (RFC 5280) against the
 /// trusted roots, judging validity at the time of the time-stamp where there is one. The first signature of the table
-/// decides. As for other verifiers, a table that does not end the file exactly, because bytes were appended or cut, is
-/// no table; stricter than most, POSIX takes bytes hidden in the padding of the signature for a flaw. Thread-safe.
+/// decides. POSIX takes a table that does not end the file exactly, because bytes were appended or cut, and bytes
+/// hidden in the padding of the signature for flaws. Thread-safe.
 class ORV_PLATFORM_API Signature {
 public:
     /// @param file   wide path of the file
@@ -21,8 +21,7 @@ public:
     ///               carries no signature
     /// @param detail why the answer is false, for logs; empty when it is true
     /// @return true when the file carries a good signature of a trusted publisher. False with an empty signer:
-    /// unsigned,
-    ///         or not a readable PE file. False with a signer: the signature is bad.
+    ///         unsigned, or not a readable PE file. False with a signer: the signature is bad.
     static bool Verify(const std::wstring& file, std::wstring& signer, std::wstring& detail);
 
     /// POSIX: the PEM file of the trusted roots, "/etc/orv/trusted.pem" by default and again for an empty text.

@@ -15,6 +15,8 @@ constexpr const char* sUnreadable = "the signature cannot be read";
 constexpr unsigned char sPeImageData[] = {0x2b, 0x06, 0x01, 0x04, 0x01, 0x82, 0x37, 0x02, 0x01, 0x0f};
 constexpr unsigned char sSha1[] = {0x2b, 0x0e, 0x03, 0x02, 0x1a};
 constexpr unsigned char sSha256[] = {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x01};
+constexpr unsigned char sSha384[] = {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x02};
+constexpr unsigned char sSha512[] = {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x03};
 
 bool equal(Bytes a, Bytes b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
 
@@ -26,6 +28,8 @@ bool isOfType(const ASN1_OBJECT* object, const char* oid) {
 const EVP_MD* digestOf(Bytes objectId) {
     if (equal(objectId, sSha1)) return EVP_sha1();
     if (equal(objectId, sSha256)) return EVP_sha256();
+    if (equal(objectId, sSha384)) return EVP_sha384();
+    if (equal(objectId, sSha512)) return EVP_sha512();
     return nullptr;
 }
 
@@ -48,7 +52,7 @@ std::string parseContent(ProgramSignature& signature) {
     if (!parts.atEnd() && (!parts.take(DerReader::Null, none) || !none.empty() || !parts.atEnd())) return sUnreadable;
 
     signature.digest = digestOf(algorithmId);
-    if (!signature.digest) return "the digest of the signature is neither SHA-1 nor SHA-256";
+    if (!signature.digest) return "the digest of the signature is neither SHA-1 nor SHA-2";
     if (digest.size() != static_cast<size_t>(EVP_MD_get_size(signature.digest))) return sUnreadable;
     signature.fileDigest.assign(digest.begin(), digest.end());
     return {};

@@ -13,7 +13,7 @@ struct ProgramSignature {
     PKCS7_SIGNER_INFO* signer = nullptr;      ///< borrowed
     STACK_OF(X509) * certificates = nullptr;  ///< borrowed; null when there are none
     X509* certificate = nullptr;              ///< borrowed: the signer's; null when it is missing
-    const EVP_MD* digest = nullptr;           ///< SHA-1 or SHA-256
+    const EVP_MD* digest = nullptr;           ///< SHA-1, SHA-256, SHA-384 or SHA-512
     ssl::Bytes content;                       ///< borrowed: what the signature covers
     std::string fileDigest;                   ///< what the content says of the file
 };

@@ -83,11 +83,11 @@ const Case sCases[] = {
     {"NoTable64", State::Unsigned, program(64)},
     {"TableOfNoLength", State::Unsigned, changed(sSigned, securityEntry(32) + 4, 0)},
     {"TableWithoutPlace", State::Unsigned, changed(sSigned, securityEntry(32), 0)},
-    {"BytesBehindTable", State::Unsigned, sSigned + "x"},
-    {"TableCutByAByte", State::Unsigned, sSigned.substr(0, sSigned.size() - 1)},
-    {"TableCutWhole", State::Unsigned, sSigned.substr(0, 1024)},
-    {"TableOutsideTheFile", State::Unsigned, changed(sSigned, securityEntry(32), 5000)},
-    {"PlaceAndLengthWrapAround", State::Unsigned,
+    {"BytesBehindTable", State::Damaged, sSigned + "x"},
+    {"TableCutByAByte", State::Damaged, sSigned.substr(0, sSigned.size() - 1)},
+    {"TableCutWhole", State::Damaged, sSigned.substr(0, 1024)},
+    {"TableOutsideTheFile", State::Damaged, changed(sSigned, securityEntry(32), 5000)},
+    {"PlaceAndLengthWrapAround", State::Damaged,
      changed(changed(sSigned, securityEntry(32), 0xfffffc00), securityEntry(32) + 4, 2072)},
     {"TableInTheHead", State::Damaged,
      changed(changed(sSigned, securityEntry(32), 16), securityEntry(32) + 4,
@@ -151,7 +151,8 @@ TEST(PeSecurity, SurvivesEveryCutOfASignedFile) {
     for (size_t length = 0; length < sSigned.size(); ++length) {
         const State state =
             locate(std::string(sSigned.begin(), sSigned.begin() + static_cast<std::ptrdiff_t>(length))).state;
-        ASSERT_TRUE(state == State::NotProgram || state == State::Unsigned) << length;
+        ASSERT_NE(State::Signed, state) << length;
+        ASSERT_EQ(length >= securityEntry(32) + 8, state == State::Damaged) << length;
     }
 }
 

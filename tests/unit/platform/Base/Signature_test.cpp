@@ -32,12 +32,6 @@ protected:
                 .extendedKeyUsage = "codeSigning",
                 .keyKind = support::CertificateSpec::EcP256};
     }
-
-    bool toolAccepts(const std::string& file) const {
-        const std::string command = "osslsigncode verify -CAfile \"" + mKit.rootPem() + "\" -in \"" + file + "\" > \"" +
-                                    path("log") + "\" 2>&1";
-        return std::system(command.c_str()) == 0;
-    }
 };
 
 TEST_F(SignatureTest, AcceptsASoundSignatureAndNamesItsSigner) {
@@ -51,14 +45,10 @@ TEST_F(SignatureTest, AcceptsAFileDigestOfSha1) {
     EXPECT_TRUE(verify(signedPackage(SigningKit::Publisher, {.hash = "sha1"})).good);
 }
 
-TEST_F(SignatureTest, RefusesAFileDigestOfSha384) {
-    const auto verdict = verify(signedPackage(SigningKit::Publisher, {.hash = "sha384"}));
-    EXPECT_TRUE(verdict.isBad());
-    EXPECT_EQ("the digest of the signature is neither SHA-1 nor SHA-256", verdict.detail);
-}
-
 TEST_F(SignatureTest, RefusesAFileDigestOfMd5) {
-    EXPECT_TRUE(verify(signedPackage(SigningKit::Publisher, {.hash = "md5"})).isBad());
+    const auto verdict = verify(signedPackage(SigningKit::Publisher, {.hash = "md5"}));
+    EXPECT_TRUE(verdict.isBad());
+    EXPECT_EQ("the digest of the signature is neither SHA-1 nor SHA-2", verdict.detail);
 }
 
 TEST_F(SignatureTest, AcceptsAProgramOf64Bits) {
@@ -201,20 +191,20 @@ TEST_F(SignatureTest, DoesNotCoverTheChecksumOfTheHead) {
     EXPECT_TRUE(verify(signedWithFlippedByte(nt + 24 + 64)).good);
 }
 
-TEST_F(SignatureTest, BecomesUnsignedWhenBytesAreAppended) {
+TEST_F(SignatureTest, IsBadWhenBytesAreAppended) {
     const std::string file = signedPackage();
     for (const char* tail : {"x", "12345678"}) {
         support::writeText(file, support::readText(file).value() + tail);
         const auto verdict = verify(file);
-        EXPECT_TRUE(verdict.isUnsigned()) << tail;
+        EXPECT_TRUE(verdict.isBad()) << tail;
         EXPECT_EQ("the certificate table is not at the end of the file", verdict.detail);
     }
 }
 
-TEST_F(SignatureTest, BecomesUnsignedWhenTheTableIsCut) {
+TEST_F(SignatureTest, IsBadWhenTheTableIsCut) {
     const std::string file = signedPackage();
     support::writeText(file, support::readText(file).value().substr(0, support::readText(file).value().size() - 1));
-    EXPECT_TRUE(verify(file).isUnsigned());
+    EXPECT_TRUE(verify(file).isBad());
 }
 
 TEST_F(SignatureTest, IsBadWhenTheTableHoldsGarbage) {
@@ -317,36 +307,5 @@ TEST_F(SignatureTest, AnswersManyThreadsAtOnce) {
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(20, right);
 }
-
-struct AgreementCase {
-    const char* name;
-    SigningKit::Signer signer;
-    void (*change)(std::string& bytes);
-};
-
-void leave(std::string&) {}
-
-class SignatureBesideTheSigningTool : public SignatureTest, public testing::WithParamInterface<AgreementCase> {};
-
-TEST_P(SignatureBesideTheSigningTool, IsJudgedAlike) {
-    const std::string file = signedPackage(GetParam().signer);
-    std::string bytes = support::readText(file).value();
-    GetParam().change(bytes);
-    support::writeText(file, bytes);
-    EXPECT_EQ(toolAccepts(file), verify(file).good) << support::readText(path("log")).value();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Files, SignatureBesideTheSigningTool,
-    testing::Values(
-        AgreementCase{"Sound", SigningKit::Publisher, leave},
-        AgreementCase{"ViaIntermediate", SigningKit::ViaIntermediate, leave},
-        AgreementCase{"Untrusted", SigningKit::Untrusted, leave}, AgreementCase{"Expired", SigningKit::Expired, leave},
-        AgreementCase{"Changed", SigningKit::Publisher, [](std::string& bytes) { bytes[bytes.size() / 2] ^= 1; }},
-        AgreementCase{"Appended", SigningKit::Publisher, [](std::string& bytes) { bytes += "12345678"; }},
-        AgreementCase{"Cut", SigningKit::Publisher, [](std::string& bytes) { bytes.resize(bytes.size() - 8); }},
-        AgreementCase{"SignatureChanged", SigningKit::Publisher,
-                      [](std::string& bytes) { bytes[bytes.size() - 40] ^= 1; }}),
-    [](const auto& test) { return test.param.name; });
 
 }  // namespace
