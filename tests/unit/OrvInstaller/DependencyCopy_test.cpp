@@ -1,53 +1,13 @@
+// Which modules are copied with a program, and from where.
 #include "OrvInstaller/DependencyCopy.h"
 
-#include "FileText.h"
-#include "PeBuilder.h"
-#include "TempDir.h"
+#include "DependencyCopyFixture.h"
 
 using namespace Tarnwick::OrvUpdate;
 using support::filesBelow;
 using support::readText;
 using support::writeText;
 using Names = std::set<std::string>;
-
-namespace {
-
-/// An application directory, and an empty directory that the copy goes to.
-class DependencyCopy : public testing::Test {
-protected:
-    DependencyCopy() { std::filesystem::create_directories(mTarget); }
-
-    std::string source(const std::string& name) const { return mSource + "/" + name; }
-    std::string target(const std::string& name) const { return mTarget + "/" + name; }
-
-    /// Puts a module into the application directory whose content tells its place.
-    void module(const std::string& name, const std::vector<std::string>& imports = {}) {
-        writeText(source(name), image(name, imports));
-    }
-    static std::string image(const std::string& name, const std::vector<std::string>& imports = {}) {
-        return support::buildPe({true, imports, {}, name}).bytes;
-    }
-
-    bool copy(const std::string& program = "app.exe") { return copyDependens(source(program), mSource, mTarget); }
-    /// Names of what is to be copied for app.exe, in order.
-    std::vector<std::string> listed() const {
-        std::string program = source("app.exe");
-        std::replace(program.begin(), program.end(), '/', '\\');
-        std::list<Module> modules;
-        EXPECT_TRUE(findDependencies(program, mSource, modules));
-        std::vector<std::string> names;
-        for (const Module& one : modules) names.push_back(one.name);
-        return names;
-    }
-    Names copied() const { return filesBelow(mTarget); }
-
-    support::TempDir mDir;
-    const std::string mRoot = mDir.path();
-    const std::string mSource = mRoot + "/app";
-    const std::string mTarget = mRoot + "/installer";
-};
-
-}  // namespace
 
 TEST_F(DependencyCopy, CopiesAProgramWithoutImports) {
     module("app.exe");
@@ -285,116 +245,6 @@ TEST_F(DependencyCopy, WorksWithoutASourceDirectory) {
     writeText(mRoot + "/elsewhere/app.exe", image("app.exe", {"a.dll"}));
     EXPECT_TRUE(copyDependens(mRoot + "/elsewhere/app.exe", mRoot + "/nowhere", mTarget));
     EXPECT_EQ(copied(), Names{"app.exe"});
-}
-
-// Loops.
-
-TEST_F(DependencyCopy, EndsWithTwoLibrariesThatImportEachOther) {
-    module("app.exe", {"a.dll"});
-    module("a.dll", {"b.dll"});
-    module("b.dll", {"a.dll"});
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
-}
-
-TEST_F(DependencyCopy, EndsWithALibraryThatImportsItself) {
-    module("app.exe", {"a.dll", "b.dll"});
-    module("a.dll", {"a.dll"});
-    module("b.dll", {"B.DLL"});
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
-}
-
-TEST_F(DependencyCopy, EndsWithALibraryThatImportsTheProgram) {
-    module("app.exe", {"a.dll"});
-    module("a.dll", {"APP.EXE"});
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
-}
-
-TEST_F(DependencyCopy, EndsWithManyRoadsToTheSameLibraries) {
-    // Every level imports both modules of the next: a walk of all roads would take 2 to the 40th steps.
-    constexpr int kLevels = 40;
-    module("app.exe", {"a0.dll", "b0.dll"});
-    for (int i = 0; i < kLevels; ++i) {
-        const std::string next = std::to_string(i + 1) + ".dll";
-        module("a" + std::to_string(i) + ".dll", {"a" + next, "b" + next});
-        module("b" + std::to_string(i) + ".dll", {"a" + next, "b" + next});
-    }
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied().size(), 2U * kLevels + 1);
-}
-
-TEST_F(DependencyCopy, FollowsALongChain) {
-    constexpr int kLength = 600;
-    module("app.exe", {"m0.dll"});
-    for (int i = 0; i < kLength; ++i) module("m" + std::to_string(i) + ".dll", {"m" + std::to_string(i + 1) + ".dll"});
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied().size(), kLength + 1U);
-}
-
-TEST_F(DependencyCopy, EndsWithALoopOfLinkedDirectories) {
-    module("app.exe", {"a.dll", "b.dll"});
-    module("sub/a.dll");
-    module("z/b.dll");
-    std::filesystem::create_directory_symlink(mSource, source("sub/up"));
-    std::filesystem::create_directory_symlink(mSource, source("sub/up2"));
-    std::filesystem::create_directory_symlink(".", source("here"));
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
-}
-
-TEST_F(DependencyCopy, DoesNotDescendWithoutEnd) {
-    module("app.exe", {"near.dll", "far.dll"});
-    std::string path;
-    for (int i = 0; i < 30; ++i) path += "d/";
-    module(path + "near.dll");
-    for (int i = 0; i < 90; ++i) path += "d/";
-    module(path + "far.dll");
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied(), (Names{"app.exe", "near.dll"}));
-}
-
-// Order, and symbol files.
-
-TEST_F(DependencyCopy, ListsEachModuleBehindWhatItImportsAndTheProgramLast) {
-    module("app.exe", {"z.dll", "a.dll", "b.dll"});
-    module("z.dll", {"c.dll"});
-    module("b.dll", {"c.dll", "a.dll"});
-    module("a.dll");
-    module("c.dll");
-    EXPECT_EQ(listed(), (std::vector<std::string>{"c.dll", "z.dll", "a.dll", "b.dll", "app.exe"}));
-}
-
-TEST_F(DependencyCopy, ListsNoModuleThatCannotBeOpened) {
-    module("app.exe", {"a.dll", "b.dll"});
-    std::filesystem::create_symlink("nowhere", source("a.dll"));
-    module("b.dll");
-    EXPECT_EQ(listed(), (std::vector<std::string>{"b.dll", "app.exe"}));
-}
-
-TEST_F(DependencyCopy, CopiesNoSymbolFiles) {
-    module("app.exe", {"a.dll"});
-    module("a.dll");
-    writeText(source("app.pdb"), "symbols");
-    writeText(source("a.pdb"), "symbols");
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
-}
-
-TEST_F(DependencyCopy, CopiesSymbolFilesWhenAskedTo) {
-    module("app.exe");
-    module("a.dll");
-    writeText(source("app.pdb"), "symbols");
-    copyModules({{source("a.dll"), "a.dll"}, {source("app.exe"), "app.exe"}}, mTarget, true);
-    EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "app.pdb"}));
-}
-
-TEST_F(DependencyCopy, AModuleWithoutAPointHasNoSymbolFile) {
-    writeText(mRoot + "/app.pdb", "symbols of another");
-    writeText(mRoot + "/app.d/tool", "T");
-    copyModules({{mRoot + "\\app.d\\tool", "tool"}}, mTarget, true);
-    EXPECT_EQ(copied(), Names{"tool"});
 }
 
 // Names that lead elsewhere.

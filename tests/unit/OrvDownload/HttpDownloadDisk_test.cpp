@@ -1,0 +1,114 @@
+// Faults of the disk during a transfer from the cloud.
+#include "HttpFailureFixture.h"
+
+using namespace Tarnwick::OrvUpdate;
+using Public::Base::File;
+using support::HttpTransferFailure;
+
+namespace {
+
+constexpr int kNoSpace = -10028;  // the system's "No space left on device"
+
+/// A disk that takes so many bytes.
+class FullFile : public File {
+public:
+    explicit FullFile(size_t room) : mRoom(room) {}
+    size_t write(const void* data, size_t length) override {
+        const size_t taken = std::min(mRoom, length);
+        mRoom -= taken;
+        mWritten.append(static_cast<const char*>(data), taken);
+        ++mWrites;
+        if (taken < length) Public::Base::ErrorInfo::setLastSystemError(ENOSPC);
+        return taken;
+    }
+    size_t mRoom;
+    std::string mWritten;
+    int mWrites = 0;
+};
+
+/// Takes nothing and records no error.
+class SilentFile : public File {
+public:
+    size_t write(const void*, size_t) override { return 0; }
+};
+
+}  // namespace
+
+TEST_F(HttpTransferFailure, WriteFaultIsRecordedButDoesNotUndoFinish) {
+    std::filesystem::create_directories(mStore.path("cloud"));
+    std::filesystem::create_symlink("/dev/full", mPath);
+    prepareBody(text(4000));
+    run();
+    EXPECT_TRUE(mTransfer->finish());
+    EXPECT_EQ(progress(), 1.0F);
+    EXPECT_EQ(error(), kNoSpace);
+    EXPECT_EQ(mTransfer->getError().errorMessage(), "No space left on device");
+    for (const auto& textOfLog : logged())
+        EXPECT_EQ(textOfLog, "download http version fail! errstr:No space left on device");
+    EXPECT_FALSE(logged().empty());
+    EXPECT_TRUE(std::filesystem::is_symlink(mPath));
+}
+
+TEST_F(HttpTransferFailure, CancelAfterAWriteFaultRemovesTheNameOnly) {
+    std::filesystem::create_directories(mStore.path("cloud"));
+    std::filesystem::create_symlink("/dev/full", mPath);
+    prepareBody(text(4000));
+    run();
+    mTransfer->cancel();
+    EXPECT_FALSE(std::filesystem::is_symlink(mPath));
+    EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+    EXPECT_EQ(error(), kNoSpace);
+}
+
+TEST_F(HttpTransferFailure, PiecesAfterAWriteFaultAreStillWrittenAndCounted) {
+    startSilent();
+    const auto disk = std::make_shared<FullFile>(3);
+    access().setFile(disk);
+    access().receive("abcd", "8");
+    EXPECT_EQ(error(), kNoSpace);
+    EXPECT_EQ(disk->mWritten, "abc");
+    EXPECT_EQ(mWaiter.calls(), 0);
+    disk->mRoom = 100;
+    access().receive("efgh", "8");
+    EXPECT_EQ(disk->mWritten, "abcefgh");
+    EXPECT_EQ(access().received(), 8U);
+    EXPECT_EQ(error(), kNoSpace);
+    finishWith(200);
+    EXPECT_TRUE(mTransfer->finish());
+    EXPECT_EQ(error(), kNoSpace);
+    EXPECT_EQ(mWaiter.calls(), 1);
+    EXPECT_EQ(logged(), Texts{"download http version fail! errstr:No space left on device"});
+    EXPECT_TRUE(content());
+}
+
+TEST_F(HttpTransferFailure, EveryFailedPieceIsLogged) {
+    startSilent();
+    access().setFile(std::make_shared<FullFile>(0));
+    for (int piece = 0; piece < 3; ++piece) access().receive("ab", "6");
+    EXPECT_EQ(logged(), Texts(3, "download http version fail! errstr:No space left on device"));
+}
+
+TEST_F(HttpTransferFailure, ShortWriteThatRecordedNoErrorIsPassedOver) {
+    startSilent();
+    access().setFile(std::make_shared<SilentFile>());
+    int lastError = -99;
+    // A thread of its own, on which nothing has failed yet.
+    std::thread([&] {
+        lastError = ErrorInfo::getLastError().errorCode();
+        access().receive("ab", "2");
+    }).join();
+    EXPECT_EQ(lastError, 0);
+    EXPECT_EQ(error(), 0);
+    EXPECT_TRUE(logged().empty());
+    EXPECT_EQ(access().received(), 2U);
+}
+
+TEST_F(HttpTransferFailure, BadEndReplacesTheErrorOfAWriteFault) {
+    startSilent();
+    access().setFile(std::make_shared<FullFile>(0));
+    access().receive("ab", "4");
+    EXPECT_EQ(error(), kNoSpace);
+    finishWith(200);
+    EXPECT_EQ(error(), -1);
+    EXPECT_FALSE(mTransfer->finish());
+}
