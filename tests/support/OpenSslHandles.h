@@ -2,33 +2,22 @@
 #pragma once
 
 #include <openssl/bio.h>
-#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
-#include <openssl/pkcs7.h>
-#include <openssl/ts.h>
-#include <openssl/x509v3.h>
 
-#include <memory>
 #include <stdexcept>
 #include <string>
 
+#include "Base/Posix/OpenSslOwned.h"
+
 namespace support::ssl {
 
-template <auto release>
-struct Release {
-    template <typename T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
-template <typename T, auto release>
-using Owned = std::unique_ptr<T, Release<release>>;
+using Public::Base::ssl::Bio;
+using Public::Base::ssl::Certificate;
+using Public::Base::ssl::Owned;
+using Public::Base::ssl::SignedData;
 
-using Bio = Owned<BIO, &BIO_free_all>;
 using Key = Owned<EVP_PKEY, &EVP_PKEY_free>;
-using Certificate = Owned<X509, &X509_free>;
-using SignedData = Owned<PKCS7, &PKCS7_free>;
 using SignerInfo = Owned<PKCS7_SIGNER_INFO, &PKCS7_SIGNER_INFO_free>;
 
 inline void require(bool good, const char* what) {
@@ -53,6 +42,14 @@ inline Key readKey(const std::string& pem) {
     Key key(PEM_read_bio_PrivateKey(reader(pem).get(), nullptr, nullptr, nullptr));
     require(key != nullptr, "key");
     return key;
+}
+
+/// @param der a signature or a time-stamp token
+inline SignedData readMessage(const std::string& der) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
+    SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(der.size())));
+    require(message && PKCS7_get_signer_info(message.get()), "read a signature");
+    return message;
 }
 
 /// @param encode one of OpenSSL's i2d functions

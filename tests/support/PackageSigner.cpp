@@ -45,34 +45,14 @@ struct Workplace {
     Workplace& operator=(const Workplace&) = delete;
 };
 
-uint32_t number(const std::string& bytes, size_t at) {
-    if (at + 4 > bytes.size()) throw std::runtime_error("not a program file");
-    uint32_t value = 0;
-    for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<unsigned char>(bytes[at + static_cast<size_t>(i)]);
-    return value;
-}
-
 std::string numberBytes(uint32_t value) {
     std::string bytes;
     for (int i = 0; i < 4; ++i) bytes += static_cast<char>(value >> (8 * i));
     return bytes;
 }
 
-/// Where the head holds the place and the length of the certificate table.
-size_t tableEntry(const std::string& program) {
-    const size_t optional = number(program, 60) + 24u;
-    return optional + ((number(program, optional) & 0xffff) == 0x20b ? 144 : 128);
-}
-
-ssl::SignedData readMessage(const std::string& der) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
-    ssl::SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(der.size())));
-    ssl::require(message && PKCS7_get_signer_info(message.get()), "read a signature");
-    return message;
-}
-
 std::string stamped(const std::string& signature, const TimeStamp& stamp) {
-    const auto message = readMessage(signature);
+    const auto message = ssl::readMessage(signature);
     const auto* digest = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(message.get()), 0)->enc_digest;
     const std::string bytes(reinterpret_cast<const char*>(ASN1_STRING_get0_data(digest)),
                             static_cast<size_t>(ASN1_STRING_length(digest)));
@@ -83,6 +63,56 @@ std::string stamped(const std::string& signature, const TimeStamp& stamp) {
     ssl::require(PKCS7_add_certificate(message.get(), certificate.get()) == 1, "add a certificate");
     return addAttribute(ssl::toDer(message.get(), i2d_PKCS7), "1.2.840.113549.1.9.6",
                         makeCounterSignature(stamp.authority, bytes, stamp.when));
+}
+
+Credential keep(const fs::path& directory, const std::string& name, const Credential& credential) {
+    save(directory / (name + ".pem"), credential.certificate);
+    save(directory / (name + ".key"), credential.key);
+    return credential;
+}
+
+Credential makeAuthority(const char* name, const Credential* issuer) {
+    return makeCertificate({.commonName = name,
+                            .notBefore = "20100101000000Z",
+                            .authority = true,
+                            .keyUsage = "critical,keyCertSign,cRLSign"},
+                           issuer);
+}
+
+/// All of a kit's certificates with their keys.
+void makeCredentials(const fs::path& directory) {
+    const Credential root = keep(directory, "root", makeAuthority("Orv Test Root", nullptr));
+    const Credential foreign = keep(directory, "foreign", makeAuthority("Orv Other Root", nullptr));
+    const Credential intermediate = makeAuthority("Orv Test Intermediate", &root);
+
+    CertificateSpec spec{.commonName = SigningKit::commonName(SigningKit::Publisher),
+                         .organization = "Orv Test",
+                         .keyUsage = "critical,digitalSignature",
+                         .extendedKeyUsage = "codeSigning"};
+    const Credential publisher = keep(directory, "publisher", makeCertificate(spec, &root));
+    spec.key = publisher.key;
+    spec.commonName = SigningKit::commonName(SigningKit::Untrusted);
+    keep(directory, "untrusted", makeCertificate(spec, &foreign));
+    spec.commonName = SigningKit::commonName(SigningKit::ViaIntermediate);
+    Credential chained = makeCertificate(spec, &intermediate);
+    chained.certificate += intermediate.certificate;
+    keep(directory, "intermediate", chained);
+    spec.commonName = SigningKit::commonName(SigningKit::WrongUsage);
+    spec.extendedKeyUsage = "serverAuth";
+    keep(directory, "wrongusage", makeCertificate(spec, &root));
+    spec.commonName = SigningKit::commonName(SigningKit::Expired);
+    spec.extendedKeyUsage = "codeSigning";
+    spec.notBefore = "20150101000000Z";
+    spec.notAfter = "20151231235959Z";
+    keep(directory, "expired", makeCertificate(spec, &root));
+
+    spec.notBefore = "20100101000000Z";
+    spec.notAfter = "20491231000000Z";
+    spec.extendedKeyUsage = "critical,timeStamping";
+    spec.commonName = "Orv Test Time";
+    keep(directory, "time", makeCertificate(spec, &root));
+    spec.commonName = "Orv Other Time";
+    keep(directory, "foreigntime", makeCertificate(spec, &foreign));
 }
 
 }  // namespace
@@ -105,14 +135,26 @@ void signFile(const Credential& signer, const std::string& in, const std::string
     save(out, load(work.path / "out.exe"));
 }
 
+uint32_t readNumber(const std::string& bytes, size_t at) {
+    if (at + 4 > bytes.size()) throw std::runtime_error("not a program file");
+    uint32_t value = 0;
+    for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<unsigned char>(bytes[at + static_cast<size_t>(i)]);
+    return value;
+}
+
+size_t tableEntry(const std::string& program) {
+    const size_t optional = readNumber(program, 60) + 24u;
+    return optional + ((readNumber(program, optional) & 0xffff) == 0x20b ? 144 : 128);
+}
+
 std::vector<std::string> readSignatures(const std::string& file) {
     const std::string program = load(file);
     const size_t entry = tableEntry(program);
-    size_t at = number(program, entry);
-    const size_t end = at + number(program, entry + 4);
+    size_t at = readNumber(program, entry);
+    const size_t end = at + readNumber(program, entry + 4);
     std::vector<std::string> signatures;
     while (at + 8 <= end) {
-        const size_t length = number(program, at);
+        const size_t length = readNumber(program, at);
         signatures.push_back(program.substr(at + 8, length - 8));
         at += (length + 7) / 8 * 8;
     }
@@ -122,7 +164,7 @@ std::vector<std::string> readSignatures(const std::string& file) {
 void writeSignatures(const std::string& file, const std::vector<std::string>& entries) {
     std::string program = load(file);
     const size_t entry = tableEntry(program);
-    if (number(program, entry)) program.resize(number(program, entry));
+    if (readNumber(program, entry)) program.resize(readNumber(program, entry));
     program.resize((program.size() + 7) / 8 * 8);
     const auto begin = static_cast<uint32_t>(program.size());
     for (const auto& signature : entries) {
@@ -136,7 +178,7 @@ void writeSignatures(const std::string& file, const std::vector<std::string>& en
 }
 
 std::string addAttribute(const std::string& signature, const std::string& objectId, const std::string& value) {
-    const auto message = readMessage(signature);
+    const auto message = ssl::readMessage(signature);
     const ssl::Owned<X509_ATTRIBUTE, &X509_ATTRIBUTE_free> attribute(X509_ATTRIBUTE_create_by_txt(
         nullptr, objectId.c_str(), V_ASN1_SEQUENCE, reinterpret_cast<const unsigned char*>(value.data()),
         static_cast<int>(value.size())));
@@ -151,51 +193,7 @@ SigningKit::SigningKit(const std::string& directory)
     // A finished kit appears under its name at once: a process that loses the race uses the winner's.
     const fs::path making = mDirectory + "." + uniqueName();
     fs::create_directories(making);
-    auto keep = [&](const char* name, const Credential& credential) {
-        save(making / (std::string(name) + ".pem"), credential.certificate);
-        save(making / (std::string(name) + ".key"), credential.key);
-        return credential;
-    };
-    auto authority = [](const char* name, const Credential* issuer) {
-        return makeCertificate({.commonName = name,
-                                .notBefore = "20100101000000Z",
-                                .authority = true,
-                                .keyUsage = "critical,keyCertSign,cRLSign"},
-                               issuer);
-    };
-    const Credential root = keep("root", authority("Orv Test Root", nullptr));
-    const Credential foreign = keep("foreign", authority("Orv Other Root", nullptr));
-    const Credential intermediate = authority("Orv Test Intermediate", &root);
-
-    CertificateSpec spec{.commonName = commonName(Publisher),
-                         .organization = "Orv Test",
-                         .keyUsage = "critical,digitalSignature",
-                         .extendedKeyUsage = "codeSigning"};
-    const Credential publisher = keep("publisher", makeCertificate(spec, &root));
-    spec.key = publisher.key;
-    spec.commonName = commonName(Untrusted);
-    keep("untrusted", makeCertificate(spec, &foreign));
-    spec.commonName = commonName(ViaIntermediate);
-    Credential chained = makeCertificate(spec, &intermediate);
-    chained.certificate += intermediate.certificate;
-    keep("intermediate", chained);
-    spec.commonName = commonName(WrongUsage);
-    spec.extendedKeyUsage = "serverAuth";
-    keep("wrongusage", makeCertificate(spec, &root));
-    spec.commonName = commonName(Expired);
-    spec.extendedKeyUsage = "codeSigning";
-    spec.notBefore = "20150101000000Z";
-    spec.notAfter = "20151231235959Z";
-    keep("expired", makeCertificate(spec, &root));
-
-    spec.notBefore = "20100101000000Z";
-    spec.notAfter = "20491231000000Z";
-    spec.extendedKeyUsage = "critical,timeStamping";
-    spec.commonName = "Orv Test Time";
-    keep("time", makeCertificate(spec, &root));
-    spec.commonName = "Orv Other Time";
-    keep("foreigntime", makeCertificate(spec, &foreign));
-
+    makeCredentials(making);
     std::error_code lost;
     fs::rename(making, mDirectory, lost);
     if (!lost) return;

@@ -1,6 +1,7 @@
 // Signs packages for the tests, with authorities of their own.
 #pragma once
 
+#include <cstdint>
 #include <ctime>
 #include <optional>
 #include <string>
@@ -27,6 +28,11 @@ struct SignOptions {
 
 /// Signs the program file `in` into `out`, which is replaced. Throws std::runtime_error with the tool's words.
 void signFile(const Credential& signer, const std::string& in, const std::string& out, const SignOptions& options = {});
+
+/// The number of 32 bits, little end first, at a place of a program.
+uint32_t readNumber(const std::string& program, size_t at);
+/// Where a program's head holds the place and, behind it, the length of the certificate table.
+size_t tableEntry(const std::string& program);
 
 /// The entries of a file's certificate table, without their heads and with their padding; empty when there is none.
 std::vector<std::string> readSignatures(const std::string& file);

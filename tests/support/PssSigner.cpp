@@ -51,9 +51,7 @@ std::string pssSignature(EVP_PKEY* key, const std::string& bytes, X509_ALGOR* al
 }  // namespace
 
 std::string signAgainWithPss(const std::string& signature, const Credential& signer) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(signature.data());
-    const SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(signature.size())));
-    require(message != nullptr, "read a signature");
+    const SignedData message = readMessage(signature);
     const Certificate certificate = readCertificate(signer.certificate);
     const Key key = readKey(signer.key);
     PKCS7_SIGNER_INFO* info = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(message.get()), 0);

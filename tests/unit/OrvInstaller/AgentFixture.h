@@ -4,7 +4,6 @@
 #include "FileText.h"
 #include "LogRecorder.h"
 #include "OrvInstaller/AgentInstaller.h"
-#include "OrvVersion.h"
 #include "PackageMaker.h"
 #include "PeBuilder.h"
 #include "ProgramRecorder.h"
@@ -13,19 +12,9 @@
 #include "Public/Base/Process.h"
 #include "Public/Base/System.h"
 #include "TempDir.h"
+#include "WatchedVersion.h"
 
 namespace Tarnwick::OrvUpdate {
-
-/// An entry of the catalogue that lets a test act while its package is tested.
-class WatchedVersion : public OrvVersion {
-public:
-    using OrvVersion::OrvVersion;
-    SystemBits getSystemBits() const override {
-        if (duringTest) duringTest();
-        return OrvVersion::getSystemBits();
-    }
-    std::function<void()> duringTest;  // after the start has begun, before the test has a result
-};
 
 /// A sound package with its entry, a program directory with an installer program, a system drive, and a host that
 /// answers as a test wants. No program is really started.

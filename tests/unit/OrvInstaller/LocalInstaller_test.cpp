@@ -1,47 +1,11 @@
 #include "AgentFixture.h"
+#include "ForeignRequest.h"
 #include "Tarnwick/MQ/Bus.h"
 #include "VersionRequest.h"
 
 using namespace Tarnwick::OrvUpdate;
 
 namespace {
-
-/// A request that is not the engine's own class.
-class ForeignRequest : public IVersionRequest {
-public:
-    VersionType getVersionType() override { return VersionType_Client; }
-    ErrorInfo start(const Version&, const PackageCallback&, const CheckCallback&, const std::string&) override {
-        return {};
-    }
-    ErrorInfo stop() override { return {}; }
-    ErrorInfo setRequestVersion(const Version&) override { return {}; }
-    ErrorInfo install(const std::shared_ptr<IVersion>&, const std::string&, bool,
-                      const Function<void(const ErrorInfo&)>&, const Function<void()>&,
-                      const Function<void()>&) override {
-        return {};
-    }
-    ErrorInfo installCancel(const std::shared_ptr<IVersion>&) override { return {}; }
-    VersionSet getVersions() override { return {}; }
-    VersionSet queryVersions(SystemType, SystemBits, ProjectType, VersionType, VersionSource) override { return {}; }
-    std::shared_ptr<IVersion> queryVersion(const std::shared_ptr<IVersion>&) override { return nullptr; }
-    std::shared_ptr<IVersion> queryVersion(SystemType, SystemBits, ProjectType, VersionType, VersionSource,
-                                           const Version&) override {
-        return nullptr;
-    }
-    std::shared_ptr<IVersion> queryNewestVersion(SystemType, SystemBits, ProjectType, VersionType, VersionSource,
-                                                 const Version&) override {
-        return nullptr;
-    }
-    const Version& getCurVersion() override { return mVersion; }
-    ReleaseHistorySet getReleaseHistory() override { return {}; }
-    void requestReleaseHistoryFromHttp(const Function<void(const ErrorInfo&)>&, bool) override {}
-    void requestVersionFromHttp(const Function<void(const ErrorInfo&)>&, bool) override {}
-    void registerNewestVersionNotify(const Function<void()>&) override {}
-    void registerVersionRequestNotify(const Function<void()>&) override {}
-
-private:
-    Version mVersion;
-};
 
 /// A started client whose host answers as the fixture says.
 class LocalInstaller : public AgentFixture {

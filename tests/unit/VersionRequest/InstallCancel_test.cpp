@@ -1,6 +1,7 @@
 // Cancelling an installation at each of its steps.
 #include "InstallFixture.h"
 #include "OrvInstaller/AgentInstaller.h"
+#include "WatchedVersion.h"
 
 using namespace Tarnwick::OrvUpdate;
 using support::Received;
@@ -88,21 +89,6 @@ TEST_F(InstallCancel, AfterTheArrivalStopsBehindTheAgent) {
     EXPECT_TRUE(errors().empty());
     EXPECT_EQ(Access::agent(*mRequest), nullptr);
 }
-
-namespace {
-
-/// An entry that lets a test act while its package is tested.
-class WatchedVersion : public OrvVersion {
-public:
-    using OrvVersion::OrvVersion;
-    SystemBits getSystemBits() const override {
-        if (duringTest) duringTest();
-        return OrvVersion::getSystemBits();
-    }
-    std::function<void()> duringTest;
-};
-
-}  // namespace
 
 TEST_F(InstallCancel, DuringThePackageTestDiscardsThePackage) {
     const auto version = std::make_shared<WatchedVersion>(mWorker, mStore.path(), std::string());

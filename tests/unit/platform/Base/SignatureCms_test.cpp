@@ -36,9 +36,7 @@ protected:
     /// The message with something changed by way of the library.
     template <typename Change>
     std::string changed(Change change) {
-        const std::string der = entry();
-        const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
-        const support::ssl::SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(der.size())));
+        const auto message = support::ssl::readMessage(entry());
         change(message->d.sign, sk_PKCS7_SIGNER_INFO_value(message->d.sign->signer_info, 0));
         return support::ssl::toDer(message.get(), i2d_PKCS7);
     }

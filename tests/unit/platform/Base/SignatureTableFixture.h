@@ -86,18 +86,13 @@ public:
     }
 
     size_t peHead() const { return number(60); }
-    size_t securityEntry() const { return peHead() + 24 + (number(peHead() + 24) % 0x10000 == 0x20b ? 144 : 128); }
+    size_t securityEntry() const { return tableEntry(bytes()); }
     size_t table() const { return number(securityEntry()); }
 
     static void putNumber(std::string& bytes, size_t at, uint32_t value) {
         for (size_t i = 0; i < 4; ++i) bytes.at(at + i) = static_cast<char>(value >> (8 * i));
     }
-    uint32_t number(size_t at) const {
-        const std::string all = bytes();
-        uint32_t value = 0;
-        for (size_t i = 4; i-- > 0;) value = value << 8 | static_cast<unsigned char>(all.at(at + i));
-        return value;
-    }
+    uint32_t number(size_t at) const { return readNumber(bytes(), at); }
 
     bool toolAccepts() const {
         const std::string roots = "\"" + mKit.rootPem() + "\"";

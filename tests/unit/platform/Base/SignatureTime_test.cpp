@@ -39,9 +39,7 @@ protected:
     }
 
     static support::ssl::SignedData message(const std::string& file) {
-        const std::string der = support::readSignatures(file).at(0);
-        const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
-        return support::ssl::SignedData(d2i_PKCS7(nullptr, &bytes, static_cast<long>(der.size())));
+        return support::ssl::readMessage(support::readSignatures(file).at(0));
     }
 };
 
@@ -150,8 +148,7 @@ TEST_P(TimeStampToken, CountsAsNoneWithAnAttributeOfAnotherType) {
     const auto stampedBytes = Public::Base::ssl::contentOf(parsed.signer->enc_digest);
     const std::string token =
         support::makeTimeStampToken(mKit.timeStamper(), std::string(stampedBytes.begin(), stampedBytes.end()), sIn2015);
-    const auto* bytes = reinterpret_cast<const unsigned char*>(token.data());
-    const support::ssl::SignedData message(d2i_PKCS7(nullptr, &bytes, static_cast<long>(token.size())));
+    const auto message = support::ssl::readMessage(token);
     ASN1_TYPE* value =
         PKCS7_get_signed_attribute(sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(message.get()), 0), GetParam());
     ASSERT_NE(nullptr, value);

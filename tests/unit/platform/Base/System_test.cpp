@@ -27,16 +27,6 @@ TEST_F(SystemTest, SystemDirectoryHasADefaultAndCanBeSet) {
 
 TEST_F(SystemTest, IsLaterThanAnyVersion) { EXPECT_TRUE(System::isVersionOrLater(6, 0, 0)); }
 
-TEST_F(SystemTest, MapsAFile) {
-    writeText(at("a"), "hello");
-    MappedFile file;
-    ASSERT_EQ(file.open(at("a")), MappedFile::Result::Mapped);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(file.data()), file.size()), "hello");
-    file.close();
-    EXPECT_EQ(file.size(), 0U);
-    EXPECT_EQ(file.data(), nullptr);
-}
-
 TEST_F(SystemTest, CopiesAFileOfAnotherCase) {
     writeText(at("LibX.DLL"), "x");
     EXPECT_TRUE(System::copyFile(at("libx.dll"), at("out")));
