@@ -20,6 +20,16 @@ protected:
         };
     }
 
+    /// While so many wait at the gate; then lets them through.
+    void expectQuickAnswerBeside(size_t blocked) {
+        gate.waitForVisitors(blocked);
+        askB("quick", answers);
+        answers.waitFor(1);
+        EXPECT_EQ(answers.text(), "quick");
+        gate.open();
+        bed().settle();
+    }
+
     std::mutex mutex;
     std::string calls;
     int ownerOne = 0;
@@ -167,12 +177,7 @@ TEST_P(QueueHandlers, ThatBlockHoldUpNoOther) {
     constexpr size_t kBlocked = 12;
     Answers blocked;
     for (size_t i = 0; i < kBlocked; ++i) askB("blocking", blocked);
-    gate.waitForVisitors(kBlocked);
-    askB("quick", answers);
-    answers.waitFor(1);
-    EXPECT_EQ(answers.text(), "quick");
-    gate.open();
-    bed().settle();
+    expectQuickAnswerBeside(kBlocked);
 }
 
 TEST_P(QueueHandlers, AreNotHeldUpByACallbackThatBlocks) {
@@ -184,12 +189,7 @@ TEST_P(QueueHandlers, AreNotHeldUpByACallbackThatBlocks) {
             "quick", &body, nullptr, Tarnwick::Protocol::TWProtoMessageLevel_Normal,
             [this](const auto&) { gate.pass(); }, 60000);
     }
-    gate.waitForVisitors(kBlocked);
-    askB("quick", answers);
-    answers.waitFor(1);
-    EXPECT_EQ(answers.text(), "quick");
-    gate.open();
-    bed().settle();
+    expectQuickAnswerBeside(kBlocked);
 }
 
 TEST_P(QueueHandlers, ThatThrowAnswerWithAnError) {
