@@ -1,0 +1,47 @@
+#include "Public/Base/Durability.h"
+
+#include "FileText.h"
+#include "Public/Base/ErrorInfo.h"
+#include "TempDir.h"
+
+using Public::Base::Durability;
+
+namespace {
+
+// That the bytes have reached the disk cannot be seen from here; that nothing else happens to them can.
+TEST(Durability, TakesFilesDirectoriesAndLinksToThem) {
+    const support::TempDir dir;
+    support::writeText(dir.path() + "/a/file", "text");
+    std::filesystem::create_symlink("a", dir.path() + "/link");
+    EXPECT_TRUE(Durability::sync(dir.path() + "/a/file"));
+    EXPECT_TRUE(Durability::sync(dir.path() + "/a"));
+    EXPECT_TRUE(Durability::sync(dir.path() + "\\link"));
+    EXPECT_TRUE(Durability::sync(dir.path() + "/link/file"));
+    EXPECT_EQ(support::readText(dir.path() + "/a/file"), "text");
+}
+
+TEST(Durability, TakesAFileThatMayNotBeWritten) {
+    const support::TempDir dir;
+    support::writeText(dir.path() + "/file", "text");
+    std::filesystem::permissions(dir.path() + "/file", std::filesystem::perms::owner_read);
+    EXPECT_TRUE(Durability::sync(dir.path() + "/file"));
+}
+
+TEST(Durability, OfWhatIsNotThereFailsWithTheSystemsError) {
+    const support::TempDir dir;
+    EXPECT_FALSE(Durability::sync(dir.path() + "/none"));
+    EXPECT_EQ(Public::Base::ErrorInfo::getLastError().errorCode(), -10002);
+    EXPECT_FALSE(Durability::sync(""));
+}
+
+TEST(Durability, OfManySucceedsOnlyWhenAllOfThemDo) {
+    const support::TempDir dir;
+    support::writeText(dir.path() + "/one", "1");
+    support::writeText(dir.path() + "/two", "2");
+    EXPECT_TRUE(Durability::syncAll({}));
+    EXPECT_TRUE(Durability::syncAll({dir.path() + "/one", dir.path() + "/two", dir.path()}));
+    EXPECT_FALSE(Durability::syncAll({dir.path() + "/one", dir.path() + "/none", dir.path()}));
+    EXPECT_EQ(Public::Base::ErrorInfo::getLastError().errorCode(), -10002);
+}
+
+}  // namespace
