@@ -52,6 +52,8 @@ public:
 
     /// Layout of the package: 0 it could not be read, 1 a tree of component directories, 2 one .msi a component.
     int getPackageVersion();
+    /// The files that a run writes, relative to the install directory, in the package's order; one may come twice.
+    std::vector<std::string> getOutputNames() const;
 
     /// Starts a program with raised rights and does not wait for it. @param arguments each is put in double quotes; one
     /// that holds a double quote is not escaped   @return false when it could not be started

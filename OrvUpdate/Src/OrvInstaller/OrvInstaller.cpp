@@ -105,6 +105,14 @@ void OrvInstaller::recordError(const ErrorInfo& error) {
 
 int OrvInstaller::getPackageVersion() { return mPackageVersion; }
 
+std::vector<std::string> OrvInstaller::getOutputNames() const {
+    std::vector<std::string> names;
+    for (std::string name : mItems) {
+        if (selectItem(name)) names.push_back(name);
+    }
+    return names;
+}
+
 void OrvInstaller::threadProc() {
     const auto self = std::move(mSelf);  // may be the last to hold the object, which then ends on this thread
     mInstallThread = std::this_thread::get_id();
