@@ -1,11 +1,9 @@
 #include "Order.h"
 
 #include <charconv>
-#include <filesystem>
 
+#include "Paths.h"
 #include "Public/Base/File.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -13,21 +11,6 @@ bool readNumber(const std::string& text, unsigned int most, unsigned int& number
     const char* const behind = text.data() + text.size();
     const auto [end, error] = std::from_chars(text.data(), behind, number);
     return error == std::errc() && end == behind && number <= most;
-}
-
-/// The path as the system sees it; "\\" separates too.
-fs::path resolved(const std::string& path) {
-    std::u8string text(path.begin(), path.end());
-    for (auto& c : text) {
-        if (c == u8'\\') c = u8'/';
-    }
-    std::error_code ignored;
-    const fs::path found = fs::weakly_canonical(fs::absolute(fs::path(text), ignored), ignored);
-    return found.has_filename() ? found : found.parent_path();
-}
-
-bool holds(const fs::path& directory, const fs::path& path) {
-    return std::mismatch(directory.begin(), directory.end(), path.begin(), path.end()).first == directory.end();
 }
 
 }  // namespace
@@ -51,7 +34,7 @@ std::string readOrder(const std::vector<std::string>& arguments, UpgradeOrder& o
     order.role = static_cast<int>(role);
 
     // It is emptied first.
-    const fs::path backup = resolved(order.backupDir);
+    const std::filesystem::path backup = resolved(order.backupDir);
     for (const std::string& kept : {order.installDir, order.package, Public::Base::File::getExcutableFileFullPath()}) {
         if (holds(backup, resolved(kept))) return "BACKUP_DIR holds " + kept;
     }

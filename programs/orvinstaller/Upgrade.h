@@ -12,8 +12,9 @@ struct UpgradeOrder {
     int role = 0;
     unsigned int hostProcess = 0;
     std::string reportFile;  ///< from the host: where to leave the report; empty for none
-    std::string backupDir;   ///< where to save files; emptied first
+    std::string backupDir;   ///< where to save files; emptied first, once nothing in it is needed
     bool flag = false;
+    unsigned int hostEndsWithinMs = 60000;
 };
 
 /// How it ended.
@@ -23,11 +24,14 @@ struct UpgradeOutcome {
     Public::Base::ErrorInfo error;  ///< why it was not installed, or not restored
     size_t filesReplaced = 0;
     size_t filesAdded = 0;
+    bool recovered = false;  ///< an earlier upgrade that was broken off has been undone first
 };
 
-/// Waits for the host to end, unpacks the role's files with a backup of each, and restores everything on any failure.
+/// Waits for the host to end, undoes an upgrade that was broken off, saves what the role's files replace, unpacks them,
+/// and restores everything on any failure. Broken off anywhere and called again with the same directories, it finds
+/// the install directory as it was, or wholly upgraded. Of two at once on one directory the second is refused.
 UpgradeOutcome upgrade(const UpgradeOrder& order);
 
 /// Writes the outcome as a JSON document: "result" ("installed", "restored" or "damaged"), "error", "reason",
-/// "replaced", "added".
+/// "replaced", "added", "recovered".
 bool writeReport(const std::string& path, const UpgradeOutcome& outcome);

@@ -87,6 +87,22 @@ TEST(Programs, InstallerEndsWhatItHasBegunAlsoWhenItIsAskedToEnd) {
     EXPECT_NE(readText(report).value_or("").find("\"installed\""), std::string::npos);
 }
 
+TEST(Programs, InstallerEndsWithStatusOneAtADamagedJournal) {
+    const support::TempDir dir;
+    const std::string package = support::makePackage({}, dir.path() + "/package.exe");
+    const std::string report = dir.path() + "/report.json";
+    writeText(dir.path() + "/backup/orvinstaller.journal", "orvinstaller journal 7\n");
+    writeText(dir.path() + "/backup/saved.dll", "kept");
+    EXPECT_EQ(run(quoted(ORV_INSTALLER) + " " + quoted(package) + " " + quoted(dir.path() + "/installed") + " 3 0 " +
+                  quoted(report) + " " + quoted(dir.path() + "/backup") + " 1"),
+              1);
+    const std::string text = readText(report).value_or("");
+    EXPECT_NE(text.find("\"damaged\""), std::string::npos) << text;
+    EXPECT_NE(text.find("was written by another version of the installer"), std::string::npos) << text;
+    EXPECT_EQ(readText(dir.path() + "/backup/saved.dll"), "kept");
+    EXPECT_FALSE(std::filesystem::exists(dir.path() + "/installed"));
+}
+
 TEST(Programs, InstallerWithoutItsSevenArgumentsTellsHowItIsUsed) {
     const support::TempDir dir;
     EXPECT_EQ(run(quoted(ORV_INSTALLER) + " one two 2> " + quoted(dir.path() + "/err")), 2);

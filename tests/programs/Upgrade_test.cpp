@@ -1,13 +1,15 @@
 // What the launched installer does to an install directory.
 #include "Upgrade.h"
 
+#include "AnnouncedBackup.h"
 #include "FileText.h"
+#include "Journal.h"
 #include "LogRecorder.h"
 #include "PackageMaker.h"
 #include "Public/Base/JsonValue.h"
 #include "Public/Base/Process.h"
-#include "RecordingBackup.h"
 #include "TempDir.h"
+#include "TreeSnapshot.h"
 
 using support::filesBelow;
 using support::makePackage;
@@ -81,6 +83,70 @@ TEST_F(UpgradeTest, PackageThatIsNoneLeavesEverythingAsItWas) {
     EXPECT_EQ(installed(), before);
 }
 
+TEST_F(UpgradeTest, PackageThatIsNoneLeavesTheBackupOfAnEarlierUpgrade) {
+    writeText(order.package, "no package");
+    writeText(at("backup/saved.dll"), "from before");
+    upgrade(order);
+    EXPECT_EQ(filesBelow(at("backup")), std::set<std::string>{"saved.dll"});
+}
+
+TEST_F(UpgradeTest, FailureHalfWayPutsBackAllThatWasDone) {
+    PackageSpec spec;
+    spec.files = {{"Orv Client\\OrvClient.exe", "client"},
+                  {"Orv Server\\OrvServer.exe", "new server"},
+                  {"Orv Server\\link.dll", "new link"},
+                  {"Orv Server\\lib\\core.dll", "new core"},
+                  {"Orv Server\\zz", "a file, so that the next one cannot lie in a directory of that name"},
+                  {"Orv Server\\zz\\last.dll", "last"}};
+    makePackage(spec, order.package);
+    std::filesystem::create_symlink("own.cfg", at("installed/link.dll"));
+    const support::Tree before = support::snapshot(order.installDir);
+    const UpgradeOutcome outcome = upgrade(order);
+    EXPECT_EQ(outcome.result, UpgradeOutcome::Result::Restored);
+    EXPECT_EQ(outcome.error.errorCode(), -602);
+    EXPECT_EQ(outcome.filesReplaced, 2U);
+    EXPECT_GE(outcome.filesAdded, 2U);
+    EXPECT_TRUE(support::snapshot(order.installDir) == before)
+        << support::difference(before, support::snapshot(order.installDir));
+    EXPECT_FALSE(JournalFile(order.backupDir).exists());
+    EXPECT_FALSE(outcome.recovered);
+}
+
+TEST_F(UpgradeTest, NewFileInThePlaceOfALinkIsAFile) {
+    std::filesystem::create_symlink("own.cfg", at("installed/zz.dll"));
+    EXPECT_EQ(upgrade(order).result, UpgradeOutcome::Result::Installed);
+    EXPECT_FALSE(std::filesystem::is_symlink(at("installed/zz.dll")));
+    EXPECT_EQ(readText(at("installed/zz.dll")), "new zz");
+    EXPECT_EQ(readText(at("installed/own.cfg")), "settings");
+}
+
+TEST_F(UpgradeTest, HostThatDoesNotEndLeavesEverythingAsItWas) {
+    order.hostProcess = static_cast<unsigned>(::getpid());
+    order.hostEndsWithinMs = 1;
+    const auto before = installed();
+    const UpgradeOutcome outcome = upgrade(order);
+    EXPECT_EQ(outcome.result, UpgradeOutcome::Result::Restored);
+    EXPECT_EQ(outcome.error.errorMessage(), "the host did not end");
+    EXPECT_EQ(installed(), before);
+}
+
+TEST_F(UpgradeTest, UnpackingTouchesOnlyWhatWasAnnounced) {
+    AnnouncedBackup backup(at("backup"));
+    using Kind = JournalEntry::Kind;
+    backup.announce({at("installed"),
+                     {{Kind::MadeDirectory, "lib", 0, 0, {}},
+                      {Kind::AddedFile, "lib/a.dll", 0, 0, {}},
+                      {Kind::ReplacedFile, "b.dll", 0644, 0, {}},
+                      {Kind::ReplacedLink, "c.dll", 0, 0, "x"}}});
+    for (const char* name : {"lib\\a.dll", ".\\lib/a.dll", "b.dll", "b.dll", "c.dll"}) {
+        EXPECT_FALSE(backup.backup(name, at("installed"))) << name;
+    }
+    EXPECT_EQ(backup.added(), 1U);
+    EXPECT_EQ(backup.replaced(), 2U);
+    EXPECT_EQ(backup.backup("lib", at("installed")).errorCode(), -602);
+    EXPECT_EQ(backup.backup("d.dll", at("installed")).errorMessage(), "d.dll was not announced");
+}
+
 TEST_F(UpgradeTest, DamagedPackageLeavesEverythingAsItWas) {
     std::string bytes = readText(order.package).value();
     bytes[bytes.size() - 10] = static_cast<char>(bytes[bytes.size() - 10] ^ 1);
@@ -124,22 +190,6 @@ TEST_F(UpgradeTest, FailureTakesAnInstallDirectoryThatWasNotThere) {
     EXPECT_FALSE(std::filesystem::exists(order.installDir));
 }
 
-TEST_F(UpgradeTest, ItemThatComesTwiceDoesNotSpoilWhatWasSaved) {
-    RecordingBackup backup(at("backup"), at("installed"));
-    for (const char* content : {"new", "newer"}) {
-        ASSERT_FALSE(
-            backup.backup(content == std::string("new") ? "OrvServer.exe" : ".\\OrvServer.exe", at("installed")));
-        ASSERT_FALSE(backup.backup("added.dll", at("installed")));
-        writeText(at("installed/OrvServer.exe"), content);
-        writeText(at("installed/added.dll"), content);
-    }
-    EXPECT_EQ(backup.saved(), 1U);
-    EXPECT_EQ(backup.added(), 1U);
-    EXPECT_FALSE(backup.undo());
-    EXPECT_EQ(installed(),
-              (std::map<std::string, std::string>{{"OrvServer.exe", "old server"}, {"own.cfg", "settings"}}));
-}
-
 TEST_F(UpgradeTest, EveryRoleOfATreePackageGetsItsOwnFiles) {
     order.role = 2;
     upgrade(order);
@@ -168,6 +218,7 @@ TEST_P(Report, TellsTheOutcome) {
     EXPECT_EQ(report["reason"]->toString(), GetParam().reason);
     EXPECT_EQ(report["replaced"]->toInt(), 3);
     EXPECT_EQ(report["added"]->toInt(), 4);
+    EXPECT_EQ(report["recovered"]->toBool(), GetParam().outcome.recovered);
 }
 
 using Result = UpgradeOutcome::Result;
@@ -175,6 +226,7 @@ INSTANTIATE_TEST_SUITE_P(
     Upgrade, Report,
     testing::Values(
         ReportCase{"Installed", {Result::Installed, {}, 3, 4}, "installed", 0, ""},
+        ReportCase{"Recovered", {Result::Installed, {}, 3, 4, true}, "installed", 0, ""},
         ReportCase{
             "Restored", {Result::Restored, {-602, ""}, 3, 4}, "restored", -602, "an output file cannot be opened"},
         ReportCase{

@@ -1,0 +1,108 @@
+#include "Plan.h"
+
+#include <filesystem>
+#include <set>
+
+#include "Paths.h"
+#include "Public/Base/StringEx.h"
+
+namespace fs = std::filesystem;
+using Public::Base::ErrorInfo;
+
+namespace {
+
+ErrorInfo refused(const std::string& name, const char* reason) {
+    return {Public::Base::ErrorCode_OutputOpen, name + " " + reason};
+}
+
+/// Its copy in the backup directory would be in the journal's place, in the eyes of some systems in any case of
+/// letters.
+bool isOfJournal(const fs::path& first) {
+    return Public::Base::StringEx::toLower(toText(first)).starts_with(JournalFile::kName);
+}
+
+class Planner {
+public:
+    Planner(const std::string& installDir, const std::string& backupDir, Journal& journal)
+        : mJournal(journal), mInstallDir(resolved(installDir)), mBackupDir(resolved(backupDir)) {
+        journal.installDir = toText(mInstallDir);
+        journal.entries.clear();
+    }
+
+    ErrorInfo add(const std::string& name) {
+        const fs::path relative = toPath(name);
+        const fs::path parent = relative.parent_path();
+        if (name.empty() || relative.has_root_path() || *relative.begin() == "..")
+            return refused(name, "leads outside");
+        if (isOfJournal(*relative.begin())) return refused(name, "is the name of the journal");
+        if (!mParents.contains(parent)) {
+            const fs::path leadsTo = resolved(toText(mInstallDir / parent));
+            if (!holds(mInstallDir, leadsTo)) return refused(name, "leads outside");
+            if (holds(mBackupDir, leadsTo)) return refused(name, "leads into the backup");
+            fs::path level;
+            for (const auto& part : parent) noteDirectory(level /= part);
+            mParents.insert(parent);
+        }
+        return mNames.insert(name).second ? noteFile(name) : ErrorInfo();
+    }
+
+    /// Directories first, each before those in it, since they are the last to be undone; added files last, so that their
+    /// space is free again by the time that others are restored.
+    void finish() {
+        mJournal.entries = std::move(mDirectories);
+        mJournal.entries.insert(mJournal.entries.end(), mReplaced.begin(), mReplaced.end());
+        mJournal.entries.insert(mJournal.entries.end(), mAdded.begin(), mAdded.end());
+    }
+
+private:
+    void noteDirectory(const fs::path& relative) {
+        if (!mLookedAt.insert(relative).second) return;
+        std::error_code ignored;
+        const auto status = fs::symlink_status(mInstallDir / relative, ignored);
+        if (status.type() != fs::file_type::not_found) return;
+        mDirectories.push_back({JournalEntry::Kind::MadeDirectory, toText(relative), 0, 0, {}});
+    }
+
+    ErrorInfo noteFile(const std::string& name) {
+        const fs::path path = mInstallDir / toPath(name);
+        JournalEntry entry{JournalEntry::Kind::AddedFile, name, 0, 0, {}};
+        std::error_code error;
+        const auto status = fs::symlink_status(path, error);
+        if (status.type() == fs::file_type::symlink) {
+            entry.kind = JournalEntry::Kind::ReplacedLink;
+            entry.target = toText(fs::read_symlink(path, error));
+        } else if (status.type() == fs::file_type::regular) {
+            entry.kind = JournalEntry::Kind::ReplacedFile;
+            entry.permissions = static_cast<unsigned>(status.permissions());
+            entry.modified = fs::last_write_time(path, error).time_since_epoch().count();
+        } else if (status.type() != fs::file_type::not_found) {
+            return refused(name, "is there already and no file");
+        }
+        if (error && status.type() != fs::file_type::not_found) return refused(name, "cannot be looked at");
+        (entry.kind == JournalEntry::Kind::AddedFile ? mAdded : mReplaced).push_back(entry);
+        return {};
+    }
+
+    Journal& mJournal;
+    const fs::path mInstallDir, mBackupDir;
+    std::set<fs::path> mLookedAt, mParents;
+    std::set<std::string> mNames;
+    std::vector<JournalEntry> mDirectories, mReplaced, mAdded;
+};
+
+}  // namespace
+
+std::string plainName(const std::string& name) {
+    const fs::path path = toPath(name).lexically_normal();
+    return toText(path.has_filename() ? path : path.parent_path());
+}
+
+ErrorInfo planUpgrade(const std::string& installDir, const std::string& backupDir,
+                      const std::vector<std::string>& names, Journal& journal) {
+    Planner planner(installDir, backupDir, journal);
+    for (const auto& name : names) {
+        if (ErrorInfo error = planner.add(plainName(name))) return error;
+    }
+    planner.finish();
+    return {};
+}

@@ -1,0 +1,147 @@
+// An upgrade that is broken off at each of its changes of the file system, and the recovery at each of its own.
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "KillPoints.h"
+#include "LogRecorder.h"
+#include "UpgradeSite.h"
+
+using killpoints::Fault;
+using Result = UpgradeOutcome::Result;
+
+namespace {
+
+struct FaultCase {
+    const char* name;
+    Fault fault;
+};
+void PrintTo(const FaultCase& one, std::ostream* out) { *out << one.name; }
+
+/// A number that a child leaves to its parent.
+class SharedNumber {
+public:
+    SharedNumber()
+        : mNumber(static_cast<int*>(
+              ::mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
+    ~SharedNumber() { ::munmap(mNumber, sizeof(int)); }
+    SharedNumber(const SharedNumber&) = delete;
+    SharedNumber& operator=(const SharedNumber&) = delete;
+    int& operator*() const { return *mNumber; }
+
+private:
+    int* const mNumber;
+};
+
+class UpgradeFaults : public testing::TestWithParam<FaultCase> {
+protected:
+    UpgradeFaults() {
+        std::filesystem::create_directory(mSite.at("attic"));
+        mWithoutPackage = mSite.order;
+        mWithoutPackage.package = mSite.at("gone.exe");
+    }
+
+    /// Upgrades in a process of its own. @return false when that was ended at the fault
+    bool runToFault(const UpgradeOrder& order, int at) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            killpoints::arm(at, GetParam().fault, mSite.at("attic").c_str());
+            upgrade(order);
+            *mCounted = killpoints::counted();
+            ::_exit(0);
+        }
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) || WTERMSIG(status) == SIGKILL) << "at " << at;
+        return WIFEXITED(status);
+    }
+
+    support::LogRecorder mLog;
+    UpgradeSite mSite{9, 60, UpgradeSite::memory()};
+    UpgradeOrder mWithoutPackage;
+    SharedNumber mCounted;
+};
+
+TEST_P(UpgradeFaults, BrokenOffAtAnyChangeTheDirectoryEndsWhole) {
+    ASSERT_TRUE(runToFault(mSite.order, 0));
+    ASSERT_TRUE(mSite.isNew()) << mSite.differences();
+    const int changes = *mCounted;
+    ASSERT_GT(changes, 100);
+    int mixed = 0, recovered = 0, old = 0;
+    for (int at = 1; at <= changes; ++at) {
+        mSite.reset();
+        ASSERT_FALSE(runToFault(mSite.order, at));
+        const bool unfinished = mSite.hasJournal();
+        const bool isMixed = mSite.state() == UpgradeSite::State::Mixed;
+        EXPECT_TRUE(unfinished || !isMixed) << "at " << at << "\n" << mSite.differences();
+        const UpgradeOutcome outcome = upgrade(mWithoutPackage);
+        EXPECT_EQ(outcome.result, Result::Restored) << "at " << at << outcome.error.errorMessage();
+        EXPECT_EQ(outcome.recovered, unfinished) << "at " << at;
+        EXPECT_FALSE(mSite.hasJournal());
+        const bool isOld = mSite.isOld();
+        ASSERT_TRUE(isOld || (!unfinished && mSite.isNew())) << "at " << at << "\n" << mSite.differences();
+        mixed += isMixed ? 1 : 0;
+        recovered += unfinished ? 1 : 0;
+        old += isOld ? 1 : 0;
+        if (at % 8 != 0) continue;
+        EXPECT_EQ(upgrade(mSite.order).result, Result::Installed);
+        ASSERT_TRUE(mSite.isNew()) << "at " << at << "\n" << mSite.differences();
+    }
+    EXPECT_GT(mixed, 20);
+    EXPECT_GE(recovered, mixed);
+    // The end of the journal is lost with the power before it has reached the disk.
+    EXPECT_EQ(old, GetParam().fault == Fault::PowerCut ? changes : changes - 1);
+    std::cout << changes << " changes, " << recovered << " recovered, of them " << mixed << " from a mixed directory\n";
+}
+
+TEST_P(UpgradeFaults, BrokenOffAtAnyChangeANewDirectoryEndsWholeOrIsGone) {
+    for (UpgradeOrder* order : {&mSite.order, &mWithoutPackage}) order->installDir = mSite.at("fresh/installed");
+    ASSERT_TRUE(runToFault(mSite.order, 0));
+    const int changes = *mCounted;
+    const support::Tree whole = support::withoutTimes(support::snapshot(mSite.order.installDir));
+    ASSERT_GT(whole.size(), 10U);
+    int begun = 0, gone = 0;
+    for (int at = 1; at <= changes; ++at) {
+        std::filesystem::remove_all(mSite.at("fresh"));
+        std::filesystem::remove_all(mSite.at("work"));
+        ASSERT_FALSE(runToFault(mSite.order, at));
+        begun += std::filesystem::exists(mSite.order.installDir) ? 1 : 0;
+        EXPECT_EQ(upgrade(mWithoutPackage).result, Result::Restored) << "at " << at;
+        EXPECT_FALSE(mSite.hasJournal());
+        const support::Tree found = support::withoutTimes(support::snapshot(mSite.order.installDir));
+        ASSERT_TRUE(found.empty() || found == whole) << "at " << at << "\n" << support::difference(whole, found);
+        gone += found.empty() ? 1 : 0;
+    }
+    EXPECT_GT(begun, 30);
+    EXPECT_EQ(gone, GetParam().fault == Fault::PowerCut ? changes : changes - 1);
+}
+
+TEST_P(UpgradeFaults, RecoveryThatIsBrokenOffAtAnyChangeGoesOnNextTime) {
+    runToFault(mSite.order, 0);
+    const int changes = *mCounted;
+    int brokenOff = 0;
+    for (const int percent : {54, 75, 96}) {
+        for (int at = 1;; ++at) {
+            mSite.reset();
+            ASSERT_FALSE(runToFault(mSite.order, changes * percent / 100));
+            ASSERT_TRUE(mSite.hasJournal()) << percent << " %";
+            if (runToFault(mWithoutPackage, at)) break;
+            ++brokenOff;
+            runToFault(mWithoutPackage, 1 + at / 2);
+            EXPECT_EQ(upgrade(mWithoutPackage).result, Result::Restored);
+            ASSERT_TRUE(mSite.isOld()) << percent << " %, at " << at << "\n" << mSite.differences();
+            EXPECT_FALSE(mSite.hasJournal());
+        }
+    }
+    EXPECT_GT(brokenOff, 100);
+    std::cout << brokenOff << " recoveries were broken off\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(Upgrade, UpgradeFaults,
+                         testing::Values(FaultCase{"Killed", Fault::Kill},
+                                         FaultCase{"KilledInAWrite", Fault::HalfWrite},
+                                         FaultCase{"PowerCut", Fault::PowerCut},
+                                         FaultCase{"PowerCutThatSparesNames", Fault::DataLoss}),
+                         [](const auto& each) { return each.param.name; });
+
+}  // namespace

@@ -1,0 +1,159 @@
+// The launched installer, killed at random moments and started again.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <random>
+
+#include "FileText.h"
+#include "Public/Base/JsonValue.h"
+#include "UpgradeSite.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using State = UpgradeSite::State;
+
+/// A process that may be ended before its time.
+class Installer {
+public:
+    Installer(const std::string& program, const UpgradeOrder& order) : mProcess(::fork()) {
+        if (mProcess != 0) return;
+        ::execl(program.c_str(), "orvinstaller", order.package.c_str(), order.installDir.c_str(), "3", "0",
+                order.reportFile.c_str(), order.backupDir.c_str(), "1", nullptr);
+        ::_exit(127);
+    }
+    /// @return true when it was killed at that moment
+    bool killAfter(Clock::duration delay) {
+        const auto moment = Clock::now() + delay;
+        while (Clock::now() < moment && !hasEnded()) std::this_thread::sleep_for(std::chrono::microseconds(100));
+        if (mEnded) return false;
+        ::kill(mProcess, SIGKILL);
+        ::waitpid(mProcess, &mStatus, 0);
+        return WIFSIGNALED(mStatus);
+    }
+    /// @return the exit status
+    int wait() {
+        if (!mEnded) ::waitpid(mProcess, &mStatus, 0);
+        return WIFEXITED(mStatus) ? WEXITSTATUS(mStatus) : -1;
+    }
+
+private:
+    bool hasEnded() {
+        mEnded = mEnded || ::waitpid(mProcess, &mStatus, WNOHANG) != 0;
+        return mEnded;
+    }
+    const pid_t mProcess;
+    bool mEnded = false;
+    int mStatus = -1;
+};
+
+struct Batch {
+    unsigned seed;
+    int kills;
+    bool onDisk;
+};
+void PrintTo(const Batch& one, std::ostream* out) { *out << "seed " << one.seed; }
+
+/// What a batch of kills met.
+struct Figures {
+    int killed = 0, unfinished = 0, mixed = 0, old = 0, installed = 0, killedAgain = 0;
+};
+
+class UpgradeKills : public testing::TestWithParam<Batch> {
+protected:
+    UpgradeKills() {
+        // The log lies beside the program, so this test has a program of its own.
+        std::filesystem::copy_file(ORV_INSTALLER, mProgram);
+        mWithoutPackage = mSite.order;
+        mWithoutPackage.package = mSite.at("gone.exe");
+    }
+
+    Installer start(const UpgradeOrder& order) { return {mProgram, order}; }
+    /// Some time in the life of the process, as long as that has been of late.
+    Clock::duration someMoment() {
+        return std::chrono::duration_cast<Clock::duration>(mUsual *
+                                                           std::uniform_real_distribution<double>(0, 1.05)(mRandom));
+    }
+    /// Runs to the end. @return the report's result
+    std::string finish(const UpgradeOrder& order, bool unfinished) {
+        std::filesystem::remove(order.reportFile);
+        const auto begin = Clock::now();
+        const int status = start(order).wait();
+        Public::Base::JsonValue report;
+        EXPECT_FALSE(report.read(Public::Base::SharedBuffer(support::readText(order.reportFile).value_or(""))));
+        const std::string result = report["result"]->toString();
+        EXPECT_EQ(status, result == "installed" ? 0 : 1) << report["reason"]->toString();
+        EXPECT_EQ(report["recovered"]->toBool(), unfinished);
+        if (result == "installed") mUsual = mUsual * 0.75 + (Clock::now() - begin) * 0.25;
+        return result;
+    }
+    void killOnce(int number);
+
+    support::TempDir mProgramDir;
+    const std::string mProgram = mProgramDir.path() + "/orvinstaller";
+    UpgradeSite mSite{220, 4000, GetParam().onDisk ? std::string() : UpgradeSite::memory()};
+    UpgradeOrder mWithoutPackage;
+    std::mt19937 mRandom{GetParam().seed};
+    std::chrono::duration<double> mUsual{0.05};
+    Figures mFigures;
+};
+
+void UpgradeKills::killOnce(int number) {
+    const auto moment = someMoment();
+    if (start(mSite.order).killAfter(moment)) ++mFigures.killed;
+    bool unfinished = mSite.hasJournal();
+    State state = mSite.state();
+    EXPECT_TRUE(unfinished || state != State::Mixed) << mSite.differences();
+    mFigures.unfinished += unfinished ? 1 : 0;
+    mFigures.mixed += state == State::Mixed ? 1 : 0;
+
+    const UpgradeOrder& again = number % 3 != 0 ? mSite.order : mWithoutPackage;
+    if (number % 4 == 0) {
+        if (start(again).killAfter(someMoment() / 3)) ++mFigures.killedAgain;
+        unfinished = mSite.hasJournal();
+        state = mSite.state();
+        EXPECT_TRUE(unfinished || state != State::Mixed) << mSite.differences();
+    }
+    const bool becomesNew = &again == &mSite.order || (!unfinished && state == State::New);
+    EXPECT_EQ(finish(again, unfinished), &again == &mSite.order ? "installed" : "restored");
+    EXPECT_FALSE(mSite.hasJournal());
+    EXPECT_TRUE(mSite.state() == (becomesNew ? State::New : State::Old)) << mSite.differences();
+    ++(becomesNew ? mFigures.installed : mFigures.old);
+    if (becomesNew) mSite.reset();
+}
+
+TEST_P(UpgradeKills, LeaveTheOldOrTheNewVersionWhole) {
+    for (int round = 0; round < 3; ++round) {  // learns how long one takes
+        mSite.reset();
+        ASSERT_EQ(finish(mSite.order, false), "installed");
+        ASSERT_TRUE(mSite.isNew()) << mSite.differences();
+    }
+    mSite.reset();
+    for (int number = 0; number < GetParam().kills && !HasFailure(); ++number) {
+        SCOPED_TRACE("kill " + std::to_string(number) + " of seed " + std::to_string(GetParam().seed));
+        killOnce(number);
+    }
+    // Kills that all came too early or too late would show nothing.
+    EXPECT_GT(mFigures.killed, GetParam().kills / 3);
+    EXPECT_GT(mFigures.unfinished, 0);
+    EXPECT_GT(mFigures.mixed, 0);
+    EXPECT_GT(mFigures.old, 0);
+    std::cout << "seed " << GetParam().seed << ": killed " << mFigures.killed << ", unfinished journals "
+              << mFigures.unfinished << ", of them mixed " << mFigures.mixed << ", killed again "
+              << mFigures.killedAgain << ", ended old " << mFigures.old << ", ended new " << mFigures.installed
+              << ", one run takes " << mUsual.count() * 1000 << " ms\n";
+}
+
+std::vector<Batch> batches() {
+    std::vector<Batch> all{{11, 12, true}};
+    for (unsigned seed = 1; seed <= 10; ++seed) all.push_back({seed, 50, false});
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Batches, UpgradeKills, testing::ValuesIn(batches()), [](const auto& each) {
+    return (each.param.onDisk ? "OnDiskOfSeed" : "OfSeed") + std::to_string(each.param.seed);
+});
+
+}  // namespace
