@@ -74,7 +74,7 @@ protected:
     /// Some time in the life of the process, as long as that has been of late.
     Clock::duration someMoment() {
         return std::chrono::duration_cast<Clock::duration>(mUsual *
-                                                           std::uniform_real_distribution<double>(0, 1.05)(mRandom));
+                                                           std::uniform_real_distribution<double>(0, 1)(mRandom));
     }
     /// Runs to the end. @return the report's result
     std::string finish(const UpgradeOrder& order, bool unfinished) {
@@ -86,14 +86,14 @@ protected:
         const std::string result = report["result"]->toString();
         EXPECT_EQ(status, result == "installed" ? 0 : 1) << report["reason"]->toString();
         EXPECT_EQ(report["recovered"]->toBool(), unfinished);
-        if (result == "installed") mUsual = mUsual * 0.75 + (Clock::now() - begin) * 0.25;
+        if (result == "installed" && !unfinished) mUsual = mUsual * 0.75 + (Clock::now() - begin) * 0.25;
         return result;
     }
     void killOnce(int number);
 
     support::TempDir mProgramDir;
     const std::string mProgram = mProgramDir.path() + "/orvinstaller";
-    UpgradeSite mSite{220, 4000, GetParam().onDisk ? std::string() : UpgradeSite::memory()};
+    UpgradeSite mSite{160, 4000, GetParam().onDisk ? std::string() : UpgradeSite::memory()};
     UpgradeOrder mWithoutPackage;
     std::mt19937 mRandom{GetParam().seed};
     std::chrono::duration<double> mUsual{0.05};
@@ -131,12 +131,14 @@ TEST_P(UpgradeKills, LeaveTheOldOrTheNewVersionWhole) {
         ASSERT_TRUE(mSite.isNew()) << mSite.differences();
     }
     mSite.reset();
-    for (int number = 0; number < GetParam().kills && !HasFailure(); ++number) {
-        SCOPED_TRACE("kill " + std::to_string(number) + " of seed " + std::to_string(GetParam().seed));
-        killOnce(number);
+    // Those that came too late do not count, nor does a batch whose kills all met a whole version.
+    int number = 0;
+    while ((mFigures.killed < GetParam().kills || mFigures.mixed == 0) && number < 4 * GetParam().kills) {
+        SCOPED_TRACE("attempt " + std::to_string(number) + " of seed " + std::to_string(GetParam().seed));
+        killOnce(number++);
+        if (HasFailure()) break;
     }
-    // Kills that all came too early or too late would show nothing.
-    EXPECT_GT(mFigures.killed, GetParam().kills / 3);
+    EXPECT_GE(mFigures.killed, GetParam().kills);
     EXPECT_GT(mFigures.unfinished, 0);
     EXPECT_GT(mFigures.mixed, 0);
     EXPECT_GT(mFigures.old, 0);
@@ -147,7 +149,7 @@ TEST_P(UpgradeKills, LeaveTheOldOrTheNewVersionWhole) {
 }
 
 std::vector<Batch> batches() {
-    std::vector<Batch> all{{11, 12, true}};
+    std::vector<Batch> all{{11, 10, true}};
     for (unsigned seed = 1; seed <= 10; ++seed) all.push_back({seed, 50, false});
     return all;
 }

@@ -3,6 +3,8 @@
 
 #include "Public/Base/Clock.h"
 #include "Public/Base/Directory.h"
+#include "Public/Base/DirectoryLock.h"
+#include "Public/Base/Durability.h"
 #include "Public/Base/ErrorInfo.h"
 #include "Public/Base/File.h"
 #include "Public/Base/Function.h"
