@@ -50,7 +50,7 @@ ErrorInfo restoreFile(const JournalEntry& entry, const std::string& installDir, 
 
 ErrorInfo restoreLink(const JournalEntry& entry, const std::string& installDir) {
     const fs::path path = toPath(below(installDir, entry.name));
-    const fs::path target = toPath(entry.target);
+    const fs::path target(std::u8string(entry.target.begin(), entry.target.end()));  // as it was, "\\" too
     std::error_code error;
     if (typeOf(path) == fs::file_type::symlink && fs::read_symlink(path, error) == target) return {};
     if (typeOf(path) != fs::file_type::not_found && !File::remove(toText(path))) return ErrorInfo::getLastError();

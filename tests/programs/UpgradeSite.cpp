@@ -29,7 +29,7 @@ struct OldLink {
     const char* target;
 };
 constexpr OldLink kLinks[] = {{"current.dll", "versions/7.dll"},  // the package has a file of that name
-                              {"dangling.dll", "nowhere"},        // likewise
+                              {"dangling.dll", "no\\where"},      // likewise
                               {"shared", "lib"},                  // to a directory; likewise
                               {"lib64", "lib"},                   // the package writes through this one
                               {"kept-link", "own.cfg"}};
