@@ -135,7 +135,8 @@ TEST_P(UpgradeKills, LeaveTheOldOrTheNewVersionWhole) {
     // most of the time goes into waiting for it, while the directory is one or the other.
     const int mixedAtLeast = GetParam().onDisk ? 0 : 1;
     int number = 0;
-    while ((mFigures.killed < GetParam().kills || mFigures.mixed < mixedAtLeast || mFigures.unfinished == 0) &&
+    while ((mFigures.killed < GetParam().kills || mFigures.mixed < mixedAtLeast || mFigures.unfinished == 0 ||
+            mFigures.old == 0) &&
            number < 4 * GetParam().kills) {
         SCOPED_TRACE("attempt " + std::to_string(number) + " of seed " + std::to_string(GetParam().seed));
         killOnce(number++);
