@@ -156,10 +156,57 @@ def records():
     put("record_decoder", "login", record(0x466D9A1C5290E036, login))
     authen = record(0x8C3BF01FADC5E937, field(1, login))
     put("record_decoder", "authen", authen)
-    frame = field(1, 1) + field(2, 77)
+    server = b"".join(field(n, text) for n, text in enumerate(("s1", "system", "1.11.0.8", "10.0.0.1 80"), 1))
+    server += field(5, 1) + field(6, 1)
+    frame = field(2, 77)
     for n, text in enumerate(("sender", "addressee", "target", "waiter", "/topic", "session"), 3):
         frame += field(n, text)
-    put("record_decoder", "frame", frame + field(9, -203) + field(10, "lost") + field(11, chunk) + field(12, authen))
+    frame += field(9, -203) + field(10, "lost") + field(11, chunk) + field(12, authen) + field(13, 1 << 40) + field(14, 2)
+    put("record_decoder", "server", record(0x34143257D999EFF5, server))
+    frames = {"request": 1, "answer": 2, "announce": 3, "hello": 4, "list": 5}
+    for name, kind in frames.items():
+        rest = field(16, 1) + field(17, 1) + field(18, server) + field(19, "s1") if kind > 2 else b""
+        put("record_decoder", name, record(0x6B1F93C2D05E8A47, field(1, kind) + frame + rest))
+
+
+def responses():
+    """A byte that chooses the request (fuzz/http_response.cpp), then what the server sends, in pieces."""
+    gather, stream, head, post, silent, reset, end = 0, 1, 2, 4, 8, 16, 33
+    plain = "HTTP/1.1 200 OK\r\nContent-Length: 4\r\nX-A: b\r\n\r\nbody"
+    chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nbody\r\n\x1e2;x=y\r\nab\r\n0\r\nT: u\r\n\r\n"
+    redirect = "HTTP/1.1 302 Found\r\nLocation: /b\r\nContent-Length: 2\r\n\r\nno\x1e"
+    answers = {
+        "plain": (gather, plain),
+        "plain-streamed": (stream, plain.replace("\r\n\r\n", "\r\n\x1e\r\n\x1e")),
+        "plain-cut": (gather, "\x1e".join(plain)),
+        "short": (stream, plain[:-1]),
+        "long": (gather, plain + "more"),
+        "chunked": (gather, chunked),
+        "chunked-streamed": (stream, chunked),
+        "chunk-too-long": (gather, chunked.replace("4\r\n", "ffffffffffffffff\r\n")),
+        "until-close": (gather, "HTTP/1.0 200 OK\r\n\r\nall of it"),
+        "redirect": (gather, redirect + plain),
+        "redirect-closed": (stream, redirect.replace("\r\n\r\n", "\r\nConnection: close\r\n\r\n") + plain),
+        "redirects": (gather, redirect * 7),
+        "redirect-away": (gather, redirect.replace("/b", "http://elsewhere.example:81/b") + plain),
+        "head": (head, plain[:-4]),
+        "posted": (post, redirect + plain),
+        "not-found": (gather, plain.replace("200 OK", "404 Not Found")),
+        "no-content": (stream, "HTTP/1.1 204 No Content\r\n\r\n"),
+        "partial": (stream, plain.replace("200 OK", "206 Partial Content\r\nContent-Range: bytes 0-3/9")),
+        "continued": (gather, "HTTP/1.1 100 Continue\r\n\r\n\x1e" + plain),
+        "two-lengths": (gather, plain.replace("\r\n\r\n", "\r\nContent-Length: 5\r\n\r\n")),
+        "negative-length": (gather, plain.replace(": 4", ": -4")),
+        "huge-length": (stream, plain.replace(": 4", ": 18446744073709551616")),
+        "header-cut": (gather, plain[:30]),
+        "no-http": (gather, "220 ready\r\n"),
+        "silent": (silent, plain[:-2]),
+        "reset": (stream | reset, plain[:-2]),
+        "ended": (end, "HTTP/1.0 200 OK\r\n\r\none\x1etwo\x1ethree"),
+        "zipped-transfer": (gather, "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n2\r\nab\r\n0\r\n\r\n"),
+    }
+    for name, (choice, text) in answers.items():
+        put("http_response", name, bytes([choice]) + text.encode())
 
 
 def documents():
@@ -200,6 +247,7 @@ def main():
         packages(pathlib.Path(directory))
         programs(pathlib.Path(directory))
     records()
+    responses()
     documents()
     texts()
 

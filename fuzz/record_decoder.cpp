@@ -10,18 +10,22 @@
 #include "TWProtocol/TWProtoUser.h"
 
 using namespace Tarnwick::Protocol;
-using Tarnwick::MQ::Frame;
+using Public::Base::SharedBuffer;
+using Tarnwick::MQ::decodeFrame;
+using Tarnwick::MQ::encodeFrame;
 
 namespace {
+
+std::string_view view(const SharedBuffer& buffer) { return {buffer.buf(), buffer.size()}; }
 
 template <typename Record>
 void readRecord(std::string_view bytes) {
     Record record;
     if (!TWPacket::parseBytes(bytes, record)) return;
-    const std::string encoded = TWPacket::serializeAsBytes(record).toStdString();
+    const SharedBuffer encoded = TWPacket::serializeAsBytes(record);
     Record again;
-    FUZZ_REQUIRE(TWPacket::parseBytes(encoded, again));
-    FUZZ_REQUIRE(TWPacket::serializeAsBytes(again).toStdString() == encoded);
+    FUZZ_REQUIRE(TWPacket::parseBytes(view(encoded), again));
+    FUZZ_REQUIRE(view(TWPacket::serializeAsBytes(again)) == view(encoded));
 }
 
 void readRecords(std::string_view bytes) {
@@ -33,6 +37,7 @@ void readRecords(std::string_view bytes) {
     readRecord<TWProtoUserInfo>(bytes);
     readRecord<TWProtoUserLoginInfo>(bytes);
     readRecord<TWProtoAuthUserInfo>(bytes);
+    readRecord<TWProtoServerRecvInfo>(bytes);
 }
 
 }  // namespace
@@ -40,13 +45,14 @@ void readRecords(std::string_view bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     readRecords(bytes);
-    Frame frame;
-    if (!Frame::decode(bytes, frame)) return 0;
-    const std::string encoded = frame.encode();
-    Frame again;
-    FUZZ_REQUIRE(Frame::decode(encoded, again));
-    FUZZ_REQUIRE(again.encode() == encoded);
-    readRecords(frame.body);
-    readRecords(frame.authen);
+    const auto frame = decodeFrame(bytes);
+    if (!frame) return 0;
+    const std::string encoded = encodeFrame(*frame);
+    const auto again = decodeFrame(encoded);
+    FUZZ_REQUIRE(again != nullptr);
+    FUZZ_REQUIRE(encodeFrame(*again) == encoded);
+    for (const auto& server : frame->servers) (void)server.getServerAddr();
+    readRecords(view(frame->body));
+    readRecords(view(frame->authen));
     return 0;
 }

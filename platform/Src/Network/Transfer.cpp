@@ -1,5 +1,6 @@
 #include "Network/Transfer.h"
 
+#include <charconv>
 #include <new>
 #include <string_view>
 
@@ -14,6 +15,17 @@ constexpr long kBufferBytes = 512L << 10;
 constexpr long kMostRedirects = 5;
 constexpr long kUnlimitedMs = 0x7FFFFFFF;
 constexpr const char* kSchemes = "http,https";
+
+/// A status line of RFC 9112. curl also takes "HTTP/200 OK", which has no status, and numbers that are none of HTTP's.
+bool isStatusLine(std::string_view line) {
+    constexpr std::string_view kForm = "HTTP/1.N NNN";
+    if (line.size() <= kForm.size() || line[9] == '0') return false;
+    const auto isDigit = [](char letter) { return letter >= '0' && letter <= '9'; };
+    for (size_t i = 0; i < kForm.size(); ++i) {
+        if (kForm[i] == 'N' ? !isDigit(line[i]) : line[i] != kForm[i]) return false;
+    }
+    return !isDigit(line[kForm.size()]);
+}
 
 /// Sets options one after the other, and remembers whether all were taken.
 class Options {
@@ -128,7 +140,10 @@ size_t Transfer::onHeader(const char* text, size_t one, size_t length, void* tra
     auto* self = static_cast<Transfer*>(transfer);
     const std::string_view line(text, one * length);
     // curl is content with a connection that closes between two fields; the blank line is the proof of a whole header.
-    if (line.starts_with("HTTP/")) self->mHeaderWhole = false;
+    if (line.starts_with("HTTP/")) {
+        if (!isStatusLine(line)) return 0;
+        self->mHeaderWhole = false;
+    }
     if (line == "\r\n" || line == "\n") self->mHeaderWhole = true;
     self->mHeaderBytes += line.size();
     return self->mHeaderBytes <= kLargestHeader ? line.size() : 0;
@@ -137,6 +152,7 @@ size_t Transfer::onHeader(const char* text, size_t one, size_t length, void* tra
 size_t Transfer::onBody(char* data, size_t one, size_t length, void* transfer) noexcept {
     auto* self = static_cast<Transfer*>(transfer);
     const size_t bytes = one * length;
+    self->mBodyBytes += bytes;
     const bool taken = self->mExchange->gathers()
                            ? self->gather(data, bytes)
                            : self->mExchange->deliver(self->header(), data, static_cast<unsigned int>(bytes));
@@ -178,9 +194,24 @@ const std::shared_ptr<HTTPHeader>& Transfer::header() {
     return mHeader;
 }
 
+// curl takes a length beyond its own range for none, and of several the last.
+bool Transfer::lengthHolds() {
+    const int status = header()->statuscode;
+    if (mExchange->method() == "HEAD" || status == 204 || status == 304) return true;
+    if (!mHeader->header("Transfer-Encoding", 0).isNull()) return true;
+    for (unsigned int index = 0;; ++index) {
+        const Public::Base::Value field = mHeader->header("Content-Length", index);
+        if (field.isNull()) return true;
+        const std::string text = field.toString();
+        uint64_t length = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
+        if (error != std::errc() || length != mBodyBytes) return false;
+    }
+}
+
 std::shared_ptr<HTTPClientResponse> Transfer::response(CURLcode result) {
     if (result == CURLE_OPERATION_TIMEDOUT) return failedResponse(kStatusTimeout);
-    if (result != CURLE_OK || !mHeaderWhole) return failedResponse(0);
+    if (result != CURLE_OK || !mHeaderWhole || !lengthHolds()) return failedResponse(0);
     return std::make_shared<HTTPClientResponse>(
         header(), std::make_shared<ReadContent>(Public::Base::SharedBuffer(std::move(mBody))));
 }

@@ -44,12 +44,14 @@ private:
     bool setCallbacks();
     bool gather(const char* data, size_t length);
     const std::shared_ptr<HTTPHeader>& header();
+    bool lengthHolds();
 
     const std::shared_ptr<Exchange> mExchange;
     CURL* mEasy;
     curl_slist* mFields = nullptr;
     std::shared_ptr<HTTPHeader> mHeader;  // of the final response, once its body has begun
     std::string mBody;
+    uint64_t mBodyBytes = 0;  // received, gathered or not
     size_t mHeaderBytes = 0;
     bool mHeaderWhole = false;  // of the newest response
     bool mConnected = false;
