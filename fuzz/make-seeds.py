@@ -229,6 +229,9 @@ def documents():
     put("json_text", "tree", '{"a":{"b":[1,[2,[3]]],"b":"again"},"":{}, "c":[]}')
     put("json_text", "deep", "[" * 64 + "]" * 64)
     put("json_text", "deeper", "[" * 65 + "]" * 65)
+    put("json_text", "repeated", '{"b":1,"a":2,"\\u0061":3,"12345678x":4,"12345678":5,"12345678x":6,"b":[7]}')
+    put("json_text", "escapes", '{"\\"":"\\\\","\\u0000":"\\/\\b\\f\\n\\r\\t","\\u00e9\\u20ac":"\\ud834\\udd1e"}')
+    put("json_text", "blanks", '\ufeff { "a" : [ 1 , 2.0 , -0 , -0.0 , 1e-999 ] , "b" : { } } ')
     put("json_text", "blank", " \t\r\n7 ")
 
 

@@ -42,10 +42,12 @@ ErrorInfo ReleaseHistory::readCloudRecord(const JsonValue& record) {
 
 ErrorInfo ReleaseHistory::parseReleaseHistoryFromHttp(const std::string& text, const std::string&,
                                                       ReleaseHistorySet& out, const Version& curVersion) {
-    JsonValue document;
-    if (document.read(SharedBuffer(text))) return badDocument();
-    if (!document.isMember("data") || !document["data"].isMember("orvVersionInfo")) return badDocument();
-    JsonValue& records = document["data"]["orvVersionInfo"];
+    JsonValue heard;
+    if (heard.read(SharedBuffer(text))) return badDocument();
+    const JsonValue& document = heard;
+    const JsonValue data = document["data"];
+    if (!data.isMember("orvVersionInfo")) return badDocument();
+    const JsonValue records = data["orvVersionInfo"];
     if (!records.isArray()) return badDocument();
     int displayIndex = 0;
     for (size_t index = 0; index < records.size(); ++index) {
@@ -74,8 +76,9 @@ ErrorInfo ReleaseHistory::readNodeRecord(const JsonValue& record) {
 }
 
 ErrorInfo ReleaseHistory::parseReleaseHistory(const std::string& text, ReleaseHistorySet& out, const Version&) {
-    JsonValue document;
-    if (document.read(SharedBuffer(text))) return badDocument();
+    JsonValue heard;
+    if (heard.read(SharedBuffer(text))) return badDocument();
+    const JsonValue& document = heard;
     const auto addRecord = [&](const JsonValue& record) {
         auto history = std::make_shared<ReleaseHistory>();
         const ErrorInfo error = history->readNodeRecord(record);

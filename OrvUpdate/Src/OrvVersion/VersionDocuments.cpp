@@ -31,8 +31,9 @@ ErrorInfo OrvVersion::parseVersion(const JsonValue& value) {
 
 ErrorInfo OrvVersion::parseVersion(std::shared_ptr<IOWorker> ioWorker, const std::string& json, const std::string& dir,
                                    VersionSet& out, const std::string& serverId, const Version&) {
-    JsonValue document;
-    if (document.read(SharedBuffer(json))) return badDocument();
+    JsonValue heard;
+    if (heard.read(SharedBuffer(json))) return badDocument();
+    const JsonValue& document = heard;
     const auto addVersion = [&](const JsonValue& value) {
         auto version = std::make_shared<OrvVersion>(ioWorker, dir, serverId);
         const ErrorInfo error = version->parseVersion(value);
@@ -60,8 +61,9 @@ ErrorInfo OrvVersion::parseVersionFromHttp(const JsonValue& value) {
 ErrorInfo OrvVersion::parseVersionFromHttp(std::shared_ptr<IOWorker> ioWorker, const std::string& json,
                                            const std::string& dir, VersionSet& out, const std::string& serverId,
                                            const Version& version) {
-    JsonValue document;
-    if (document.read(SharedBuffer(json))) return badDocument();
+    JsonValue heard;
+    if (heard.read(SharedBuffer(json))) return badDocument();
+    const JsonValue& document = heard;
     const bool single = !document.isArray();
     const auto addVersion = [&](const JsonValue& value) {
         auto entry = std::make_shared<OrvVersion>(ioWorker, dir, serverId);

@@ -18,7 +18,7 @@ public:
     static std::string write(const JsonValue& value);
 
 private:
-    class Reader;
+    class Checker;
     static void write(const JsonValue& value, size_t depth, std::string& out);
 };
 

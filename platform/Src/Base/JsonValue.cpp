@@ -1,5 +1,7 @@
 #include "Public/Base/JsonValue.h"
 
+#include "Base/JsonBranch.h"
+#include "Base/JsonScan.h"
 #include "Base/JsonText.h"
 
 namespace Public::Base {
@@ -15,7 +17,19 @@ JsonValue::JsonValue(int number) : mScalar(number) {}
 JsonValue::JsonValue(bool flag) : mScalar(flag) {}
 JsonValue::JsonValue(double number) : mScalar(number) {}
 JsonValue::JsonValue(const Value& scalar) : mScalar(scalar) {}
+JsonValue::JsonValue(const JsonValue& other)
+    : mScalar(other.mScalar), mBranch(other.mBranch ? std::make_unique<JsonBranch>(*other.mBranch) : nullptr) {}
+JsonValue::JsonValue(JsonValue&& other) noexcept = default;
 JsonValue::~JsonValue() = default;
+
+JsonValue::JsonValue(const SharedBuffer& text, uint32_t at) {
+    const JsonScan scan({text.buf(), text.size()});
+    if (scan.isArray(at) || scan.isObject(at)) {
+        mBranch = std::make_unique<JsonBranch>(text, at);
+    } else {
+        mScalar = scan.scalar(at);
+    }
+}
 
 // What is assigned is taken out before anything is overwritten: it may be a part of this value.
 
@@ -32,10 +46,17 @@ JsonValue& JsonValue::operator=(JsonValue&& other) noexcept {
 }
 
 void JsonValue::swap(JsonValue& other) noexcept {
-    std::swap(mKind, other.mKind);
     std::swap(mScalar, other.mScalar);
-    mMembers.swap(other.mMembers);
-    mElements.swap(other.mElements);
+    mBranch.swap(other.mBranch);
+}
+
+/// The branch of an array or an object; a value that is not of the kind loses what it held.
+JsonBranch& JsonValue::become(bool array) {
+    if (!mBranch || mBranch->isArray() != array) {
+        *this = JsonValue();
+        mBranch = std::make_unique<JsonBranch>(array);
+    }
+    return *mBranch;
 }
 
 ErrorInfo JsonValue::read(const SharedBuffer& text) {
@@ -45,74 +66,59 @@ ErrorInfo JsonValue::read(const SharedBuffer& text) {
 
 SharedBuffer JsonValue::toStyledString(WriteStyle) const { return SharedBuffer(JsonText::write(*this)); }
 
-bool JsonValue::isMember(const std::string& key) const {
-    for (const auto& [name, value] : mMembers) {
-        if (name == key) return true;
-    }
-    return false;
-}
+bool JsonValue::isArray() const { return mBranch && mBranch->isArray(); }
 
-bool JsonValue::isNull() const { return mKind == Kind::Scalar && mScalar.isNull(); }
+bool JsonValue::isObject() const { return mBranch && !mBranch->isArray(); }
+
+bool JsonValue::isMember(const std::string& key) const { return isObject() && mBranch->find(key) != JsonBranch::kNone; }
+
+bool JsonValue::isNull() const { return !mBranch && mScalar.isNull(); }
 
 size_t JsonValue::size() const {
-    if (mKind == Kind::Array) return mElements.size();
-    if (mKind == Kind::Object) return mMembers.size();
+    if (mBranch) return mBranch->size();
     return mScalar.isNull() ? 0 : 1;
 }
 
 std::vector<std::string> JsonValue::keys() const {
     std::vector<std::string> names;
-    names.reserve(mMembers.size());
-    for (const auto& member : mMembers) names.push_back(member.first);
+    if (!isObject()) return names;
+    names.reserve(mBranch->size());
+    for (size_t number = 0; number < mBranch->size(); ++number) names.push_back(mBranch->key(number));
     return names;
 }
 
 JsonValue& JsonValue::operator[](const char* key) {
-    if (mKind != Kind::Object) {
-        *this = JsonValue();
-        mKind = Kind::Object;
-    }
     const std::string name = key != nullptr ? key : "";
-    for (auto& [present, value] : mMembers) {
-        if (present == name) return value;
-    }
-    return mMembers.emplace_back(name, JsonValue()).second;
+    JsonBranch& object = become(false);
+    const size_t number = object.find(name);
+    return number == JsonBranch::kNone ? object.add(name) : object.changeable(number);
 }
 
 JsonValue JsonValue::operator[](const char* key) const {
-    if (key == nullptr) return {};
-    for (const auto& [name, value] : mMembers) {
-        if (name == key) return value;
-    }
-    return {};
+    if (key == nullptr || !isObject()) return {};
+    const size_t number = mBranch->find(key);
+    return number == JsonBranch::kNone ? JsonValue() : mBranch->value(number);
 }
 
 JsonValue& JsonValue::operator[](size_t index) {
-    const size_t present = mKind == Kind::Array ? mElements.size() : 0;
+    const size_t present = isArray() ? mBranch->size() : 0;
     if (index > present && index - present > kFarthestGrowth) {
         thread_local JsonValue scratch;
         scratch = JsonValue();
         return scratch;
     }
-    if (mKind != Kind::Array) {
-        *this = JsonValue();
-        mKind = Kind::Array;
-    }
-    if (index >= mElements.size()) mElements.resize(index + 1);
-    return mElements[index];
+    JsonBranch& array = become(true);
+    if (index >= present) array.grow(index + 1);
+    return array.changeable(index);
 }
 
 JsonValue JsonValue::operator[](size_t index) const {
-    return index < mElements.size() ? mElements[index] : JsonValue();
+    return isArray() && index < mBranch->size() ? mBranch->value(index) : JsonValue();
 }
 
 void JsonValue::append(const JsonValue& element) {
     JsonValue copy = element;  // the element may be part of this value
-    if (mKind != Kind::Array) {
-        *this = JsonValue();
-        mKind = Kind::Array;
-    }
-    mElements.push_back(std::move(copy));
+    become(true).append(std::move(copy));
 }
 
 }  // namespace Public::Base

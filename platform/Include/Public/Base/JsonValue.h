@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Public/Base/ErrorInfo.h"
@@ -24,9 +24,15 @@ enum WriteStyle : int {
     WriteStyle_Indented = 0,
 };
 
+class JsonBranch;
+
 /// A null, a scalar, an array or an object (RFC 8259). Scalars convert freely through Value. Members and elements of a
 /// value of another kind read as null; writing one turns the value into an object or an array.
-/// Plain value with deep copies: one thread at a time.
+/// Plain value with deep copies: one thread at a time, reading too.
+///
+/// A document that was read stays the text that it was, shared by its parts and their copies. A part that is looked
+/// into takes a few bytes for each of its values, and a value of its own only where it is asked for as one that may be
+/// changed. So a hostile document costs a small multiple of its text; a const value is the cheaper one to read.
 class ORV_PLATFORM_API JsonValue {
 public:
     JsonValue(ValueType type = ValueType_Null);  // NOLINT(google-explicit-constructor)
@@ -36,8 +42,8 @@ public:
     JsonValue(bool flag);                        // NOLINT(google-explicit-constructor)
     JsonValue(double number);                    // NOLINT(google-explicit-constructor)
     JsonValue(const Value& scalar);              // NOLINT(google-explicit-constructor)
-    JsonValue(const JsonValue&) = default;
-    JsonValue(JsonValue&&) noexcept = default;
+    JsonValue(const JsonValue& other);
+    JsonValue(JsonValue&& other) noexcept;
     /// One of the two may be a part of the other.
     JsonValue& operator=(const JsonValue& other);
     JsonValue& operator=(JsonValue&& other) noexcept;
@@ -51,8 +57,8 @@ public:
     SharedBuffer toStyledString(WriteStyle style) const;
 
     bool isMember(const std::string& key) const;
-    bool isArray() const { return mKind == Kind::Array; }
-    bool isObject() const { return mKind == Kind::Object; }
+    bool isArray() const;
+    bool isObject() const;
     bool isNull() const;
     /// True for null and for an array or object without elements.
     bool empty() const { return size() == 0; }
@@ -60,6 +66,9 @@ public:
     size_t size() const;
     /// Keys of an object in document order; empty for every other kind.
     std::vector<std::string> keys() const;
+
+    // References to members and elements stay good while the value grows, until it becomes another kind, is assigned,
+    // read anew or destroyed.
 
     /// The member of that key, made when it is not there. A value that is no object becomes one, losing what it held.
     JsonValue& operator[](const char* key);
@@ -81,15 +90,16 @@ public:
     const Value* operator->() const { return &mScalar; }
 
 private:
-    enum class Kind { Scalar, Array, Object };
+    friend class JsonBranch;
     friend class JsonText;
 
+    /// @param at where the value begins in the text of a valid document
+    JsonValue(const SharedBuffer& text, uint32_t at);
     void swap(JsonValue& other) noexcept;
+    JsonBranch& become(bool array);
 
-    Kind mKind = Kind::Scalar;
     Value mScalar;
-    std::vector<std::pair<std::string, JsonValue>> mMembers;  // of an object
-    std::vector<JsonValue> mElements;                         // of an array
+    std::unique_ptr<JsonBranch> mBranch;  // of an array or an object; null for a scalar
 };
 
 }  // namespace Public::Base
