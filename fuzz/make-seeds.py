@@ -198,6 +198,8 @@ def responses():
         "two-lengths": (gather, plain.replace("\r\n\r\n", "\r\nContent-Length: 5\r\n\r\n")),
         "negative-length": (gather, plain.replace(": 4", ": -4")),
         "huge-length": (stream, plain.replace(": 4", ": 18446744073709551616")),
+        "no-status": (gather, plain.replace("HTTP/1.1 200", "HTTP/200")),
+        "odd-status": (stream, plain.replace("HTTP/1.1 200", "HTTP/2222222222 30")),
         "header-cut": (gather, plain[:30]),
         "no-http": (gather, "220 ready\r\n"),
         "silent": (silent, plain[:-2]),

@@ -12,19 +12,26 @@ namespace {
 constexpr uint32_t kOwn = 0x80000000U;
 constexpr uint32_t kNullPlace = 0xFFFFFFFFU;
 
+/// FNV-1a. Texts made to have the same digest cost time, no more.
+uint64_t digest(std::string_view text) {
+    uint64_t sum = 14695981039346656037U;
+    for (const char letter : text) sum = (sum ^ static_cast<unsigned char>(letter)) * 1099511628211U;
+    return sum;
+}
+
 JsonScan scan(const SharedBuffer& text) { return JsonScan({text.buf(), text.size()}); }
 
 }  // namespace
 
-/// A member with the first bytes of its key in front of it, which spares most looks into the text.
+/// A member by the digest of its key: members are told apart by it without a look into the text. Halved, so that it
+/// takes no more room than it must.
 struct JsonBranch::Sorted {
-    Sorted(std::string_view key, uint32_t member) : head(0), tail(0), number(member) {
-        for (size_t i = 0; i < 8; ++i) {
-            uint32_t& part = i < 4 ? head : tail;
-            part = part << 8 | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0U);
-        }
-    }
-    uint32_t head, tail, number;
+    Sorted(std::string_view key, uint32_t member)
+        : high(static_cast<uint32_t>(digest(key) >> 32)), low(static_cast<uint32_t>(digest(key))), number(member) {}
+    auto operator<=>(const Sorted&) const = default;
+    bool likeKey(const Sorted& other) const { return high == other.high && low == other.low; }
+
+    uint32_t high, low, number;
 };
 
 JsonBranch::JsonBranch(const SharedBuffer& text, uint32_t at)
@@ -72,29 +79,50 @@ void JsonBranch::lookForMembers() const {
         mKeys.push_back(key);
         mValues.push_back(value);
     });
+    std::sort(order.begin(), order.end());
+    dropRepeated(order);
+}
+
+/// Sorts by key what has the same digest but not the same key.
+void JsonBranch::sortAlike(std::span<Sorted> alike) const {
     std::string leftRoom, rightRoom;
-    std::sort(order.begin(), order.end(), [&](const Sorted& left, const Sorted& right) {
-        if (left.head != right.head) return left.head < right.head;
-        if (left.tail != right.tail) return left.tail < right.tail;
-        const int sense = keyText(mKeys[left.number], leftRoom).compare(keyText(mKeys[right.number], rightRoom));
+    const auto keyOf = [&](const Sorted& member, std::string& room) { return keyText(mKeys[member.number], room); };
+    const std::string_view first = keyOf(alike.front(), leftRoom);
+    if (std::all_of(alike.begin(), alike.end(), [&](const Sorted& each) { return keyOf(each, rightRoom) == first; })) {
+        return;
+    }
+    std::sort(alike.begin(), alike.end(), [&](const Sorted& left, const Sorted& right) {
+        const int sense = keyOf(left, leftRoom).compare(keyOf(right, rightRoom));
         return sense != 0 ? sense < 0 : left.number < right.number;
     });
-    dropRepeated(order);
 }
 
 /// A key that stands twice keeps its first place and its last value.
 void JsonBranch::dropRepeated(std::vector<Sorted>& order) const {
+    const auto endOfAlike = [&](size_t begin) {
+        size_t end = begin;
+        while (end < order.size() && order[end].likeKey(order[begin])) ++end;
+        return end;
+    };
     std::string room, firstRoom;
-    for (size_t begin = 0, end = 0; begin < order.size(); begin = end) {
+    for (size_t begin = 0, endAlike = 0; begin < order.size();) {
+        if (begin == endAlike) {
+            endAlike = endOfAlike(begin);
+            if (endAlike - begin > 1) sortAlike({&order[begin], endAlike - begin});
+        }
         const uint32_t first = order[begin].number;
         const std::string_view key = keyText(mKeys[first], firstRoom);
-        for (end = begin + 1; end < order.size() && keyText(mKeys[order[end].number], room) == key; ++end) {
-            mValues[first] = mValues[order[end].number];
-            mKeys[order[end].number] = kNullPlace;
+        for (++begin; begin < endAlike && keyText(mKeys[order[begin].number], room) == key; ++begin) {
+            mValues[first] = mValues[order[begin].number];
+            mKeys[order[begin].number] = kNullPlace;
         }
         mByKey.push_back(first);
     }
-    if (mByKey.size() == order.size()) return;
+    if (mByKey.size() < order.size()) closeGaps(order);
+}
+
+/// Numbers anew the members that are left. @param order its numbers are not needed any more
+void JsonBranch::closeGaps(std::vector<Sorted>& order) const {
     uint32_t kept = 0;
     for (uint32_t number = 0; number < mKeys.size(); ++number) {
         if (mKeys[number] == kNullPlace) continue;
@@ -148,10 +176,13 @@ std::string JsonBranch::key(size_t number) const {
 
 size_t JsonBranch::firstNotBefore(std::string_view key) const {
     look();
+    const uint64_t sum = digest(key);
     std::string room;
-    const auto found = std::lower_bound(
-        mByKey.begin(), mByKey.end(), key,
-        [&](uint32_t number, std::string_view wanted) { return keyText(mKeys[number], room) < wanted; });
+    const auto found = std::lower_bound(mByKey.begin(), mByKey.end(), key, [&](uint32_t number, std::string_view) {
+        const std::string_view present = keyText(mKeys[number], room);
+        const uint64_t presentSum = digest(present);
+        return presentSum != sum ? presentSum < sum : present < key;
+    });
     return static_cast<size_t>(found - mByKey.begin());
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,7 +49,9 @@ private:
     void look() const;
     void lookForElements() const;
     void lookForMembers() const;
+    void sortAlike(std::span<Sorted> alike) const;
     void dropRepeated(std::vector<Sorted>& order) const;
+    void closeGaps(std::vector<Sorted>& order) const;
     std::string_view keyText(uint32_t place, std::string& room) const;
     size_t firstNotBefore(std::string_view key) const;
     uint32_t keep(JsonValue value);
@@ -59,7 +62,7 @@ private:
     mutable bool mLooked = true;
     mutable std::vector<uint32_t> mValues;  // places of the values
     mutable std::vector<uint32_t> mKeys;    // of an object: places of the keys
-    mutable std::vector<uint32_t> mByKey;   // of an object: numbers of the members, ascending by key
+    mutable std::vector<uint32_t> mByKey;   // of an object: numbers of the members, ascending by digest, then key
     std::vector<std::unique_ptr<JsonValue>> mChanged;
     std::vector<std::string> mNames;  // keys of members that were added
 };
