@@ -34,7 +34,7 @@ export UBSAN_OPTIONS=print_stacktrace=1
 # Bytes of an input: short ones run faster, and each target has all that it knows in so many.
 longest() {
   case $1 in
-    version_*) echo 128 ;;
+    version_* | item_name) echo 128 ;;
     package_reader | pe_security) echo 8192 ;;
     *) echo 2048 ;;
   esac

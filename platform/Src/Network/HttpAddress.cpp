@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "Public/Base/StringEx.h"
@@ -20,6 +21,12 @@ std::string part(const Parts& parts, CURLUPart which) {
     return copy;
 }
 
+/// A blank in a user's name is left as it stands by curl.
+bool isVisible(char letter) {
+    const auto code = static_cast<unsigned char>(letter);
+    return code > ' ' && code != 0x7F;
+}
+
 }  // namespace
 
 std::string httpAddress(const std::string& text) {
@@ -34,7 +41,10 @@ std::string httpAddress(const std::string& text) {
     }
     const std::string scheme = Public::Base::StringEx::toLower(part(parts, CURLUPART_SCHEME));
     if ((scheme != "http" && scheme != "https") || part(parts, CURLUPART_HOST).empty()) return {};
-    return part(parts, CURLUPART_URL);
+    // The fragment is the reader's own; what it holds is not encoded.
+    if (curl_url_set(parts.get(), CURLUPART_FRAGMENT, nullptr, 0) != CURLUE_OK) return {};
+    const std::string address = part(parts, CURLUPART_URL);
+    return std::all_of(address.begin(), address.end(), isVisible) ? address : std::string();
 }
 
 }  // namespace Public::Network
