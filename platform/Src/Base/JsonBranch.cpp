@@ -11,6 +11,8 @@ namespace {
 // A place is a position in the text, or, with this bit, an index into what was changed or added.
 constexpr uint32_t kOwn = 0x80000000U;
 constexpr uint32_t kNullPlace = 0xFFFFFFFFU;
+// Members are found one by one as long as there are fewer.
+constexpr size_t kFew = 24;
 
 /// FNV-1a. Texts made to have the same digest cost time, no more.
 uint64_t digest(std::string_view text) {
@@ -54,23 +56,49 @@ JsonBranch::~JsonBranch() = default;
 
 void JsonBranch::look() const {
     if (mLooked) return;
+    for (auto* list : {&mValues, &mKeys, &mByKey}) list->clear();  // of a look that memory did not suffice for
     mArray ? lookForElements() : lookForMembers();
     mLooked = true;
 }
 
-// Counted first, so that the list of a long array never has room for more than there is.
+// Counted when there are many, so that the list of a long array never has room for more than there is.
 void JsonBranch::lookForElements() const {
+    const auto take = [&](uint32_t value) {
+        mValues.push_back(value);
+        return mValues.size() < kFew;
+    };
+    scan(mText).elements(mAt, take);
+    if (mValues.size() < kFew) return;
     size_t count = 0;
-    scan(mText).elements(mAt, [&](uint32_t) { ++count; });
+    scan(mText).elements(mAt, [&](uint32_t) { return ++count, true; });
+    mValues.clear();
     mValues.reserve(count);
-    scan(mText).elements(mAt, [&](uint32_t value) { mValues.push_back(value); });
+    scan(mText).elements(mAt, [&](uint32_t value) { return mValues.push_back(value), true; });
 }
 
 void JsonBranch::lookForMembers() const {
+    std::string room;
+    const auto take = [&](uint32_t key, uint32_t value) {
+        const size_t present = findAmongFew(keyText(key, room));
+        if (present != kNone) {
+            mValues[present] = value;
+        } else {
+            mKeys.push_back(key);
+            mValues.push_back(value);
+        }
+        return mKeys.size() < kFew;
+    };
+    scan(mText).members(mAt, take);
+    if (mKeys.size() == kFew) lookForManyMembers();
+}
+
+void JsonBranch::lookForManyMembers() const {
     size_t count = 0;
-    scan(mText).members(mAt, [&](uint32_t, uint32_t) { ++count; });
-    mKeys.reserve(count);
-    mValues.reserve(count);
+    scan(mText).members(mAt, [&](uint32_t, uint32_t) { return ++count, true; });
+    for (auto* list : {&mKeys, &mValues}) {
+        list->clear();
+        list->reserve(count);
+    }
     std::vector<Sorted> order;
     order.reserve(count);
     std::string room;
@@ -78,6 +106,7 @@ void JsonBranch::lookForMembers() const {
         order.emplace_back(keyText(key, room), static_cast<uint32_t>(mKeys.size()));
         mKeys.push_back(key);
         mValues.push_back(value);
+        return true;
     });
     std::sort(order.begin(), order.end());
     dropRepeated(order);
@@ -174,8 +203,15 @@ std::string JsonBranch::key(size_t number) const {
     return std::string(keyText(mKeys[number], room));
 }
 
+size_t JsonBranch::findAmongFew(std::string_view key) const {
+    for (size_t number = 0; number < mKeys.size(); ++number) {
+        const uint32_t place = mKeys[number];
+        if ((place & kOwn) != 0 ? mNames[place & ~kOwn] == key : scan(mText).says(place, key)) return number;
+    }
+    return kNone;
+}
+
 size_t JsonBranch::firstNotBefore(std::string_view key) const {
-    look();
     const uint64_t sum = digest(key);
     std::string room;
     const auto found = std::lower_bound(mByKey.begin(), mByKey.end(), key, [&](uint32_t number, std::string_view) {
@@ -187,10 +223,16 @@ size_t JsonBranch::firstNotBefore(std::string_view key) const {
 }
 
 size_t JsonBranch::find(std::string_view key) const {
+    look();
+    if (mByKey.empty()) return findAmongFew(key);
     const size_t index = firstNotBefore(key);
     std::string room;
     if (index == mByKey.size() || keyText(mKeys[mByKey[index]], room) != key) return kNone;
     return mByKey[index];
+}
+
+void JsonBranch::noteKey(std::string_view key, uint32_t number) {
+    mByKey.insert(mByKey.begin() + static_cast<std::ptrdiff_t>(firstNotBefore(key)), number);
 }
 
 void JsonBranch::append(JsonValue value) {
@@ -199,11 +241,15 @@ void JsonBranch::append(JsonValue value) {
 }
 
 JsonValue& JsonBranch::add(std::string key) {
-    const size_t index = firstNotBefore(key);
-    mByKey.insert(mByKey.begin() + static_cast<std::ptrdiff_t>(index), static_cast<uint32_t>(mKeys.size()));
+    append(JsonValue());
     mKeys.push_back(kOwn | static_cast<uint32_t>(mNames.size()));
     mNames.push_back(std::move(key));
-    append(JsonValue());
+    if (mKeys.size() >= kFew) {
+        std::string room;
+        for (size_t number = mByKey.size(); number < mKeys.size(); ++number) {
+            noteKey(keyText(mKeys[number], room), static_cast<uint32_t>(number));
+        }
+    }
     return *mChanged.back();
 }
 

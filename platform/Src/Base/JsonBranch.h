@@ -49,11 +49,14 @@ private:
     void look() const;
     void lookForElements() const;
     void lookForMembers() const;
+    void lookForManyMembers() const;
     void sortAlike(std::span<Sorted> alike) const;
     void dropRepeated(std::vector<Sorted>& order) const;
     void closeGaps(std::vector<Sorted>& order) const;
     std::string_view keyText(uint32_t place, std::string& room) const;
+    size_t findAmongFew(std::string_view key) const;
     size_t firstNotBefore(std::string_view key) const;
+    void noteKey(std::string_view key, uint32_t number);
     uint32_t keep(JsonValue value);
 
     const bool mArray;

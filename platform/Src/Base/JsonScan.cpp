@@ -100,16 +100,26 @@ std::string_view JsonScan::string(uint32_t at, std::string& room) const {
     return room;
 }
 
+bool JsonScan::says(uint32_t at, std::string_view text) const {
+    const char* next = &mText[at + 1];
+    size_t same = 0;
+    while (same < text.size() && *next == text[same] && *next != '"' && *next != '\\') ++next, ++same;
+    if (*next != '\\') return *next == '"' && same == text.size();
+    std::string room;
+    return string(at, room) == text;
+}
+
 uint32_t JsonScan::skipBlank(uint32_t at) const {
     while (at < mText.size() && (mText[at] == ' ' || mText[at] == '\t' || mText[at] == '\n' || mText[at] == '\r')) ++at;
     return at;
 }
 
 uint32_t JsonScan::skipString(uint32_t at) const {
-    for (++at; mText[at] != '"'; ++at) {
-        if (mText[at] == '\\') ++at;
+    for (size_t end = mText.find('"', at + 1);; end = mText.find('"', end + 1)) {
+        size_t escapes = 0;
+        while (mText[end - 1 - escapes] == '\\') ++escapes;
+        if (escapes % 2 == 0) return static_cast<uint32_t>(end + 1);
     }
-    return at + 1;
 }
 
 uint32_t JsonScan::skipContainer(uint32_t at) const {

@@ -22,21 +22,24 @@ public:
     /// The characters of a string without its escapes. @param room where they go when there are escapes
     std::string_view string(uint32_t at, std::string& room) const;
 
-    /// Calls visit(value) for each element of an array.
+    /// Whether a string, without its escapes, is that text.
+    bool says(uint32_t at, std::string_view text) const;
+
+    /// Calls visit(value) for each element of an array, until it gives false.
     template <class Visit>
     void elements(uint32_t array, Visit visit) const {
         for (uint32_t at = skipBlank(array + 1); mText[at] != ']'; at = behindComma(at)) {
-            visit(at);
+            if (!visit(at)) return;
             at = skipValue(at);
         }
     }
-    /// Calls visit(key, value) for each member of an object.
+    /// Calls visit(key, value) for each member of an object, until it gives false.
     template <class Visit>
     void members(uint32_t object, Visit visit) const {
         for (uint32_t at = skipBlank(object + 1); mText[at] != '}'; at = behindComma(at)) {
             const uint32_t key = at;
             at = skipBlank(skipBlank(skipString(at)) + 1);  // the colon
-            visit(key, at);
+            if (!visit(key, at)) return;
             at = skipValue(at);
         }
     }

@@ -145,6 +145,32 @@ TEST(JsonBranch, MembersAddedAmongMembersReadAreFound) {
     EXPECT_FALSE(value.isMember("b"));
 }
 
+TEST(JsonBranch, FindsAllMembersAsTheyBecomeMany) {
+    for (int read : {0, 1, 22, 23, 24, 25, 40}) {
+        std::string text = "{";
+        for (int i = 0; i < read; ++i) text += (i != 0 ? ",\"r" : "\"r") + std::to_string(i) + "\":1";
+        JsonValue value = parse(text + "}");
+        for (int i = 0; i < 40; ++i) {
+            value[("a" + std::to_string(i)).c_str()] = 2;
+            value[("a" + std::to_string(i / 2)).c_str()] = 2;
+        }
+        ASSERT_EQ(value.size(), static_cast<size_t>(read + 40));
+        for (const std::string& key : value.keys()) {
+            EXPECT_TRUE(value.isMember(key)) << key;
+            EXPECT_EQ(value[key.c_str()]->toInt(), key[0] == 'r' ? 1 : 2) << key;
+        }
+        EXPECT_FALSE(value.isMember("r40"));
+    }
+}
+
+TEST(JsonBranch, FewKeysOfWhichManyRepeatStayFew) {
+    std::string text = "{";
+    for (int i = 0; i < 500; ++i) text += "\"k" + std::to_string(i % 3) + "\":" + std::to_string(i) + ",";
+    const JsonValue value = parse(text + "\"last\":0}");
+    EXPECT_EQ(value.keys(), (std::vector<std::string>{"k0", "k1", "k2", "last"}));
+    EXPECT_EQ(value["k1"]->toInt(), 499);
+}
+
 TEST(JsonBranch, MovedFromValueIsNullAndUsable) {
     JsonValue value = parse("[1,2]");
     const JsonValue taken = std::move(value);

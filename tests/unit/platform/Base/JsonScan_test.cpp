@@ -8,7 +8,10 @@ namespace {
 std::vector<std::string> elementsOf(std::string_view text) {
     const JsonScan scan(text);
     std::vector<std::string> found;
-    scan.elements(scan.start(), [&](uint32_t at) { found.emplace_back(1, text[at]); });
+    scan.elements(scan.start(), [&](uint32_t at) {
+        found.emplace_back(1, text[at]);
+        return true;
+    });
     return found;
 }
 
@@ -28,14 +31,41 @@ TEST(JsonScan, VisitsTheMembersOfAnObjectWithTheirKeys) {
     std::string room, told;
     scan.members(0, [&](uint32_t key, uint32_t value) {
         told += std::string(scan.string(key, room)) + (scan.isObject(value) ? "{" : scan.scalar(value).toString());
+        return true;
     });
     EXPECT_EQ(told, "a1}{\"x");
 }
 
 TEST(JsonScan, VisitsNoMemberOfAnEmptyObject) {
     size_t count = 0;
-    JsonScan("{ }").members(0, [&](uint32_t, uint32_t) { ++count; });
+    JsonScan("{ }").members(0, [&](uint32_t, uint32_t) { return ++count, true; });
     EXPECT_EQ(count, 0U);
+}
+
+TEST(JsonScan, StopsWhereItIsTold) {
+    size_t elements = 0, members = 0;
+    JsonScan("[1,2,3]").elements(0, [&](uint32_t) { return ++elements < 2; });
+    JsonScan(R"({"a":1,"b":2})").members(0, [&](uint32_t, uint32_t) { return ++members < 1; });
+    EXPECT_EQ(elements, 2U);
+    EXPECT_EQ(members, 1U);
+}
+
+TEST(JsonScan, ComparesStringsWithoutTheirEscapes) {
+    const auto says = [](std::string_view string, std::string_view text) { return JsonScan(string).says(0, text); };
+    EXPECT_TRUE(says(R"("abc")", "abc"));
+    EXPECT_TRUE(says(R"("a\u0062c")", "abc"));
+    EXPECT_TRUE(says(R"("\"")", "\""));
+    EXPECT_TRUE(says(R"("a\\")", "a\\"));
+    EXPECT_TRUE(says(R"("")", ""));
+    EXPECT_FALSE(says(R"("abc")", "ab"));
+    EXPECT_FALSE(says(R"("ab")", "abc"));
+    EXPECT_FALSE(says(R"("ab")", "ab\""));
+    EXPECT_FALSE(says(R"("a\u0062c")", R"(a\u0062c)"));
+}
+
+TEST(JsonScan, FindsTheEndOfAStringBehindBackslashes) {
+    EXPECT_EQ(elementsOf(R"(["a\\",1,"\\\"",2,"\"\"",3])"),
+              (std::vector<std::string>{"\"", "1", "\"", "2", "\"", "3"}));
 }
 
 TEST(JsonScan, GivesAStringWithoutEscapesAsItStands) {
