@@ -57,7 +57,8 @@ private:
                             const std::shared_ptr<Public::Network::HTTPHeader>& header, const char* data,
                             unsigned int length);
     bool isWhole(int status) const;
-    bool settle(const std::shared_ptr<Public::Base::File>& file, bool whole, const std::string& unfit);
+    bool settle(const std::shared_ptr<Public::Base::File>& file, bool whole, const std::string& unfit,
+                ErrorInfo& writeFault);
     void setError(const ErrorInfo& error);
 
     std::mutex mStateMutex;  // guards mHttpClient, mFile, mFileName, mError; the innermost lock
@@ -70,6 +71,8 @@ private:
     std::atomic<uint64_t> mReceived{0};
     std::atomic<uint64_t> mTotal{0};
     std::atomic<bool> mFinished{false};
+    std::atomic<uint64_t> mWritten{0};  // bytes in the file before the first that the disk did not take
+    std::atomic<bool> mHasGap{false};   // there is such a one
     ErrorInfo mError;
     std::mutex mStartMutex;     // orders start, stop and cancel; the outermost lock
     std::mutex mCallbackMutex;  // guards mCallbacks

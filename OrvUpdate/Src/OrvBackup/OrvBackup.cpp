@@ -65,7 +65,8 @@ void OrvBackup::backupLevel(const std::string& dir, const FileCallback& callback
 }
 
 ErrorInfo OrvBackup::backup(const std::string& name, const std::string& dir) {
-    if (!File::access(dir + "/" + name, AccessMode_Exists)) return {};
+    // One that cannot be looked at must be saved all the same, or its replacement could not be undone.
+    if (File::isAbsent(dir + "/" + name)) return {};
     return copyNamed(dir, mBackupDir, name);
 }
 

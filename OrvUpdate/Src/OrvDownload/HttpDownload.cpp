@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "EngineLog.h"
+#include "PackagePlace.h"
 #include "ParentDirectory.h"
 #include "VersionRequest.h"
 
@@ -18,6 +19,7 @@ using Public::Network::Socket;
 namespace {
 constexpr uint32_t kRequestTimeoutMs = 60000;
 constexpr int kStatusOk = 200;
+
 }  // namespace
 
 HttpDownload::HttpDownload(std::shared_ptr<IOWorker> ioWorker, const std::shared_ptr<OrvVersion>& version)
@@ -81,11 +83,13 @@ ErrorInfo HttpDownload::fetch(const std::string& url, const std::string& path) {
     mFinished = false;
     makeParentDirectory(path);
     auto file = std::make_shared<File>(std::string());
-    if (!file->open(path, Public::Base::OpenMode_Create)) return {-602, ""};
+    if (!openPackageAnew(*file, path)) return {-602, ""};
 
     auto client = std::make_shared<HTTPClient>(mIOWorker, "OrvDownload");
     {
         std::lock_guard lock(mStateMutex);
+        mWritten = 0;
+        mHasGap = false;
         mFile = file;
         mFileName = path;
         mHttpClient = client;
@@ -125,8 +129,11 @@ void HttpDownload::onRecvDataCallback(const std::weak_ptr<Socket>&, const std::s
     }
     mReceived = std::min(received, total);
     mProgress = static_cast<float>(static_cast<double>(mReceived) / static_cast<double>(total));
-    if (file->write(data, length) == length) return;
+    const size_t written = file->write(data, length);
+    if (!mHasGap) mWritten += written;
+    if (written == length) return;
 
+    mHasGap = true;
     const ErrorInfo error = ErrorInfo::getLastError();
     if (!error) return;
     ORV_LOG(2, "OrvDownload", "download http version fail! errstr:%s", error.errorMessage());
@@ -155,19 +162,28 @@ void HttpDownload::onHttpFinishCallback(const std::shared_ptr<HTTPClient>& clien
             ORV_LOG(2, "OrvDownload", "onHttpFinishCallback() remove fileName:%s\r\n", unfit);
         }
     }
-    if (settle(file, whole, unfit)) notifyFinish();
+    ErrorInfo writeFault;
+    if (!settle(file, whole, unfit, writeFault)) return;
+    if (writeFault) ORV_LOG(2, "OrvDownload", "download http version fail! errstr:%s", writeFault.errorMessage());
+    notifyFinish();
 }
 
 bool HttpDownload::isWhole(int status) const { return status == kStatusOk && mTotal != 0 && mReceived == mTotal; }
 
 /// Ends the run in one step, so that no further run begins between the end of this one and the removal of its file.
-/// @param unfit file to remove, if any   @return false when cancel came first, which calls nobody back
-bool HttpDownload::settle(const std::shared_ptr<File>& file, bool whole, const std::string& unfit) {
+/// @param unfit file to remove, if any   @param writeFault why the last bytes were not kept
+/// @return false when cancel came first, which calls nobody back
+bool HttpDownload::settle(const std::shared_ptr<File>& file, bool whole, const std::string& unfit,
+                          ErrorInfo& writeFault) {
     std::lock_guard lock(mStateMutex);
     if (!mFile || mFile != file) return false;
-    mFile->close();
+    const bool kept = mFile->close();
     mFile.reset();
     if (whole) {
+        // Some disks tell only now that they could not keep the bytes.
+        if (!kept) mError = writeFault = ErrorInfo::getLastError();
+        // Behind a gap the rest lies too far in front, and a package of that length may pass for a whole one.
+        if (mHasGap && !File::cut(mFileName, mWritten)) File::remove(mFileName);
         mFinished = true;
     } else {
         if (!unfit.empty()) File::remove(unfit);

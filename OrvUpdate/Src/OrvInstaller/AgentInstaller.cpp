@@ -6,6 +6,7 @@
 #include "InstallerPath.h"
 #include "OrvInstaller.h"
 #include "OrvVersion.h"
+#include "PackagePlace.h"
 #include "Public/Base/File.h"
 #include "Public/Base/OEMInfo.h"
 #include "Public/Base/Process.h"
@@ -41,9 +42,15 @@ ErrorInfo AgentInstaller::start(const std::string& installDir, bool flag, const 
 ErrorInfo AgentInstaller::startInstall(const std::string& installDir, bool flag, const Function<void()>& callback) {
     if (!mVersion) return failed();
     const std::string package = mVersion->getPackageFile();
+    TestedPackage held(package);
     const ErrorInfo tested =
         OrvInstaller::checkPackage(package, mVersion->getVersion().toString(), mVersion->getSystemBits());
-    if (tested || mCancelled) return discardPackage(package, tested);
+    if (tested || mCancelled) {
+        ORV_LOG(2, "OrvInstaller", "onHttpFinishCallback() remove fileName:%s\r\n", package);
+        // What another installation has put in its place meanwhile is that one's, and so is the transfer.
+        if (held.discard()) resetTransfer();
+        return tested;
+    }
     callback();
     if (installDir.empty()) {
         ORV_LOG(2, "OrvInstaller", "startInstall: installDir is empty");
@@ -55,11 +62,8 @@ ErrorInfo AgentInstaller::startInstall(const std::string& installDir, bool flag,
                   flag);
 }
 
-ErrorInfo AgentInstaller::discardPackage(const std::string& package, const ErrorInfo& result) {
-    ORV_LOG(2, "OrvInstaller", "onHttpFinishCallback() remove fileName:%s\r\n", package);
-    File::remove(package);
+void AgentInstaller::resetTransfer() {
     if (const auto version = std::dynamic_pointer_cast<OrvVersion>(mVersion)) version->resetDownload();
-    return result;
 }
 
 ErrorInfo AgentInstaller::prepareInstaller(std::string& installerDir) {

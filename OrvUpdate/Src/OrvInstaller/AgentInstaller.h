@@ -28,7 +28,7 @@ public:
     ErrorInfo start(const std::string& installDir, bool flag, const Function<void()>& callback) override;
     /// Does nothing. @return code 0
     ErrorInfo stop() override;
-    /// Makes a package test that still runs discard the package. @return code 0
+    /// Makes a package test that still runs discard the package that it has tested. @return code 0
     ErrorInfo cancel() override;
     /// Does nothing. @return code 0
     ErrorInfo getProgress(float& progress) override;
@@ -40,7 +40,7 @@ public:
 
 private:
     ErrorInfo startInstall(const std::string& installDir, bool flag, const Function<void()>& callback);
-    ErrorInfo discardPackage(const std::string& package, const ErrorInfo& result);
+    void resetTransfer();
     ErrorInfo prepareInstaller(std::string& installerDir);
     ErrorInfo launch(const std::string& installerDir, const std::string& installDir, bool flag);
     ErrorInfo buildInstallerPath(std::string& path);

@@ -162,7 +162,7 @@ bool OrvInstaller::open(const std::string& name, bool) {
 
     mCurrentPath = path;
     ORV_LOG(4, "OrvInstaller", "File::Open()! file:%s\r\n", mCurrentPath);
-    removeLink(mCurrentPath);
+    if (!removeLink(mCurrentPath)) return refuseItem(mCurrentPath);
     mFile = std::make_shared<File>();
     if (!mFile->open(mCurrentPath, OpenMode_Create)) return refuseItem(mCurrentPath);
     return true;
@@ -179,7 +179,11 @@ bool OrvInstaller::write(const char* data, unsigned int size) {
 
 bool OrvInstaller::close() {
     ORV_LOG(4, "OrvInstaller", "File::close()! file:%s\r\n", mCurrentPath);
-    if (mFile) mFile->close();
+    // Some disks tell only now that they could not keep the bytes.
+    if (mFile && !mFile->close()) {
+        ORV_LOG(6, "OrvInstaller", "write file fail! name:%s", mCurrentName);
+        recordError(ErrorInfo(ErrorCode_OutputWrite, ""));
+    }
     mFile.reset();
     mDoneItems.push_back(mCurrentName);
     if (!mItems.empty()) mProgress = static_cast<float>(mDoneItems.size()) / static_cast<float>(mItems.size());

@@ -35,11 +35,11 @@ bool liesInside(const std::string& directory, const std::string& name) {
     }
 }
 
-void removeLink(const std::string& path) {
+bool removeLink(const std::string& path) {
     try {
-        if (fs::is_symlink(fs::symlink_status(systemPath(path)))) File::remove(path);
+        return !fs::is_symlink(fs::symlink_status(systemPath(path))) || File::remove(path);
     } catch (const std::exception&) {
-        return;  // what cannot be looked at cannot be opened either
+        return false;  // it cannot be looked at
     }
 }
 

@@ -10,6 +10,7 @@ namespace Tarnwick::OrvUpdate {
 bool liesInside(const std::string& directory, const std::string& name);
 
 /// Removes a symbolic link that lies where a file is to be written, so that nothing is written through it.
-void removeLink(const std::string& path);
+/// @return false when one may still be there
+bool removeLink(const std::string& path);
 
 }  // namespace Tarnwick::OrvUpdate

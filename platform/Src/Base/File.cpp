@@ -69,10 +69,4 @@ SharedBuffer File::load(const std::string& path) {
     }
 }
 
-bool File::save(const std::string& path, const SharedBuffer& content) {
-    File file(path);
-    if (!file.open(OpenMode_Create)) return false;
-    return file.write(content.buf(), content.size()) == content.size() && file.flush();
-}
-
 }  // namespace Public::Base

@@ -1,5 +1,6 @@
 // Faults of the disk during a transfer from the cloud.
 #include "HttpFailureFixture.h"
+#include "Public/Base/System.h"
 
 using namespace Tarnwick::OrvUpdate;
 using Public::Base::File;
@@ -79,6 +80,30 @@ TEST_F(HttpTransferFailure, PiecesAfterAWriteFaultAreStillWrittenAndCounted) {
     EXPECT_EQ(mWaiter.calls(), 1);
     EXPECT_EQ(logged(), Texts{"download http version fail! errstr:No space left on device"});
     EXPECT_TRUE(content());
+}
+
+TEST_F(HttpTransferFailure, FileEndsWhereTheDiskFirstTookTooLittle) {
+    startSilent();
+    const auto disk = std::make_shared<FullFile>(3);
+    access().setFile(disk);
+    access().receive("abcd", "8");
+    support::writeText(mPath, "abcefgh");  // as the pieces behind it leave the file
+    access().receive("efgh", "8");
+    finishWith(200);
+    EXPECT_TRUE(mTransfer->finish());
+    EXPECT_EQ(content(), "abc");
+}
+
+TEST_F(HttpTransferFailure, AnUnfitPackageIsReplacedNotCutUnderItsReaders) {
+    support::writeText(mPath, "an old one that is no package");
+    Public::Base::MappedFile reader;
+    ASSERT_EQ(reader.open(mPath), Public::Base::MappedFile::Result::Mapped);
+    prepareBody("new");
+    run();
+    EXPECT_EQ(content(), "new");
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(reader.data()), reader.size()),
+              "an old one that is no package");
+    EXPECT_TRUE(reader.isReplacedAt(mPath));
 }
 
 TEST_F(HttpTransferFailure, EveryFailedPieceIsLogged) {

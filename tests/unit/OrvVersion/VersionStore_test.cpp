@@ -201,4 +201,5 @@ TEST_F(SaveVersion, OnAFullDiskGivesTheSystemsError) {
         error = mVersion->saveVersion(std::string(1 << 20, 'x'));
     }
     EXPECT_EQ(static_cast<int>(error.errorCode()), -(10000 + EFBIG));
+    EXPECT_TRUE(support::filesBelow(mDirectory).empty());  // nothing half-way
 }

@@ -43,8 +43,9 @@ public:
     virtual bool open(int mode);
     /// Opens another path, which becomes the object's. An open file is closed first. A directory is refused.
     virtual bool open(const std::string& path, int mode);
-    /// Without effect on a closed file.
-    virtual void close();
+    /// Without effect on a closed file. @return false when the system could not keep what was written; closed it is all
+    /// the same
+    virtual bool close();
     /// @return bytes read, fewer than length only at the end of the file or on a fault; 0 on a closed file
     virtual size_t read(void* data, size_t length);
     /// @return bytes written, fewer than length on a fault; 0 on a closed file
@@ -63,15 +64,22 @@ public:
     bool isOpen() const;
 
     static bool access(const std::string& path, AccessMode mode);
+    /// True when nothing is there. Not the opposite of access: what cannot be looked at is neither there nor absent.
+    static bool isAbsent(const std::string& path);
     /// The whole file; empty when not all of it can be read.
     static SharedBuffer load(const std::string& path);
-    /// Replaces the whole file. Makes no directory.
+    /// Replaces the whole file, or leaves it as it was: nothing else is ever seen of it, and on success the disk has
+    /// it. Keeps its permissions, follows a link to its file, and refuses one that may not be written. Makes no
+    /// directory.
     static bool save(const std::string& path, const SharedBuffer& content);
     /// Bytes; 0 for a missing file.
     static uint64_t getLength(const std::string& path);
+    /// Takes away what a file holds beyond the length; a shorter one stays as it is.
+    static bool cut(const std::string& path, uint64_t length);
     /// Removes one file; false for a directory.
     static bool remove(const std::string& path);
-    /// Copies one file with its permissions; an existing target is overwritten, a read-only one too.
+    /// Copies one file with its permissions; an existing target is replaced as a whole, a read-only one too, and stays
+    /// as it was when the copy fails. Whoever has the old one open keeps it.
     /// A target that is the source itself is refused, so that nothing is lost.
     static bool copy(const std::string& from, const std::string& to);
     /// Makes the whole chain of directories; succeeds when it is there already.

@@ -29,6 +29,8 @@ public:
     /// no entry of the exact name is there.
     Result open(const std::string& path);
     void close();
+    /// True when another file than the mapped one lies at the path. While it is mapped, no other is taken for it.
+    bool isReplacedAt(const std::string& path) const;
     const unsigned char* data() const { return mData; }
     /// Bytes; 0 while nothing is mapped.
     size_t size() const { return mSize; }
@@ -36,6 +38,8 @@ public:
 private:
     const unsigned char* mData = nullptr;
     size_t mSize = 0;
+    uint64_t mVolume = 0;  // with the number, what tells the file from any other
+    uint64_t mNumber = 0;
 };
 
 /// One entry of a plain listing.

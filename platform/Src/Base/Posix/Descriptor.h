@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace Public::Base {
@@ -22,7 +23,10 @@ public:
     /// The caller closes it from now on.
     int release() { return std::exchange(mFd, -1); }
     /// @return false with errno when the system could not keep what was written
-    bool close() { return mFd < 0 || ::close(release()) == 0; }
+    bool close() {
+        // An interrupted close has closed all the same; a second one could meet another thread's descriptor.
+        return mFd < 0 || ::close(release()) == 0 || errno == EINTR;
+    }
 
 private:
     int mFd;

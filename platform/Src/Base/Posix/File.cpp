@@ -7,16 +7,13 @@
 
 #include <cerrno>
 
+#include "Base/Posix/Descriptor.h"
 #include "Base/Posix/NativePath.h"
 
 namespace Public::Base {
 
 struct File::Handle {
-    explicit Handle(int descriptor) : fd(descriptor) {}
-    ~Handle() { ::close(fd); }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    const int fd;
+    Descriptor file;
 };
 
 namespace {
@@ -54,17 +51,19 @@ bool File::open(const std::string& path, int mode) {
     const int flags = flagsOf(mode);
     if (flags < 0) return failWith(EINVAL);
     if (!toNativePath(mPath, native)) return false;
-    const int fd = openRetrying(native, flags, kNewFile);
-    if (fd < 0) return failWithErrno();
-    auto handle = std::make_unique<Handle>(fd);
+    auto handle = std::make_unique<Handle>(Handle{Descriptor(openRetrying(native, flags, kNewFile))});
+    if (!handle->file.isOpen()) return failWithErrno();
     struct stat status {};
-    if (::fstat(fd, &status) != 0) return failWithErrno();
+    if (::fstat(handle->file.get(), &status) != 0) return failWithErrno();
     if (S_ISDIR(status.st_mode)) return failWith(EISDIR);
     mHandle = std::move(handle);
     return true;
 }
 
-void File::close() { mHandle.reset(); }
+bool File::close() {
+    const auto handle = std::move(mHandle);
+    return !handle || handle->file.close() || failWithErrno();
+}
 
 bool File::isOpen() const { return mHandle != nullptr; }
 
@@ -75,7 +74,7 @@ size_t File::read(void* data, size_t length) {
     }
     size_t done = 0;
     while (done < length) {
-        const ssize_t got = ::read(mHandle->fd, static_cast<char*>(data) + done, length - done);
+        const ssize_t got = ::read(mHandle->file.get(), static_cast<char*>(data) + done, length - done);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) mReadFailed = !failWithErrno();
         if (got <= 0) break;
@@ -91,10 +90,12 @@ size_t File::write(const void* data, size_t length) {
     }
     size_t done = 0;
     while (done < length) {
-        const ssize_t put = ::write(mHandle->fd, static_cast<const char*>(data) + done, length - done);
+        const ssize_t put = ::write(mHandle->file.get(), static_cast<const char*>(data) + done, length - done);
         if (put < 0 && errno == EINTR) continue;
-        if (put < 0) failWithErrno();
-        if (put <= 0) break;
+        if (put <= 0) {
+            failWith(put < 0 ? errno : ENOSPC);
+            break;
+        }
         done += static_cast<size_t>(put);
     }
     return done;
@@ -113,7 +114,7 @@ int64_t File::seek(int64_t distance, SeekPosition position) {
     const int whence = position == SeekPosition_Begin     ? SEEK_SET
                        : position == SeekPosition_Current ? SEEK_CUR
                                                           : SEEK_END;
-    const off_t offset = ::lseek(mHandle->fd, distance, whence);
+    const off_t offset = ::lseek(mHandle->file.get(), distance, whence);
     if (offset < 0) failWithErrno();
     return offset;
 }

@@ -37,6 +37,8 @@ MappedFile::Result MappedFile::open(const std::string& path) {
         if (mapped != MAP_FAILED) {
             mData = static_cast<const unsigned char*>(mapped);
             mSize = size;
+            mVolume = status.st_dev;
+            mNumber = status.st_ino;
             result = Result::Mapped;
         } else {
             failWithErrno();
@@ -44,6 +46,17 @@ MappedFile::Result MappedFile::open(const std::string& path) {
     }
     ::close(fd);
     return result;
+}
+
+bool MappedFile::isReplacedAt(const std::string& path) const {
+    std::string native;
+    struct stat status {};
+    if (mData == nullptr || !toNativePath(path, native)) return false;
+    if (::stat(native.c_str(), &status) != 0) {
+        failWithErrno();
+        return false;
+    }
+    return status.st_dev != mVolume || status.st_ino != mNumber;
 }
 
 void MappedFile::close() {

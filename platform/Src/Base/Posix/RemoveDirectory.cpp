@@ -18,6 +18,14 @@ namespace {
 
 constexpr int kWalk = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
+Descriptor openBelow(const Descriptor& directory, const char* name) {
+    int fd = -1;
+    do {
+        fd = ::openat(directory.get(), name, kWalk);
+    } while (fd < 0 && errno == EINTR);
+    return Descriptor(fd);
+}
+
 /// Goes down a tree and up again with one directory open at a time, so that no depth is too great, and never by a path,
 /// so that nobody can lead it astray by putting a link in a directory's place meanwhile.
 class TreeRemoval {
@@ -49,10 +57,9 @@ private:
     /// Notes what the current directory holds.
     bool enter(const std::string& name) {
         struct stat status {};
-        Descriptor listed(::openat(mCurrent.get(), ".", kWalk));
         if (::fstat(mCurrent.get(), &status) != 0) return failWithErrno();
         Level level{name, status.st_dev, status.st_ino, {}, true};
-        EntryStream entries(std::move(listed));
+        EntryStream entries(openBelow(mCurrent, "."));
         while (const dirent* entry = entries.next()) level.left.emplace_back(entry->d_name);
         level.whole = !entries.failed();
         mPath.push_back(std::move(level));
@@ -66,7 +73,8 @@ private:
         if (::unlinkat(mCurrent.get(), name.c_str(), 0) == 0) return;
         const int refused = errno;
         // That is how systems tell a directory; a file that is protected may answer the same.
-        Descriptor child(refused == EISDIR || refused == EPERM ? ::openat(mCurrent.get(), name.c_str(), kWalk) : -1);
+        const bool mayBeDirectory = refused == EISDIR || refused == EPERM;
+        Descriptor child = mayBeDirectory ? openBelow(mCurrent, name.c_str()) : Descriptor(-1);
         if (!child.isOpen()) {
             const bool isDirectory = refused == EISDIR;
             mPath.back().whole = isDirectory ? failWithErrno() : failWith(refused);
@@ -83,7 +91,7 @@ private:
         const Level done = std::move(mPath.back());
         mPath.pop_back();
         Level& above = mPath.back();
-        Descriptor parent(::openat(mCurrent.get(), "..", kWalk));
+        Descriptor parent = openBelow(mCurrent, "..");
         struct stat status {};
         if (!parent.isOpen() || ::fstat(parent.get(), &status) != 0) return failWithErrno();
         // Someone has moved it meanwhile; what lies around it now is not ours to remove.

@@ -2,6 +2,7 @@
 
 #include "../PeSecurity.h"
 #include "../SignatureSettings.h"
+#include "Public/Base/File.h"
 #include "Public/Base/StringEx.h"
 #include "Public/Base/System.h"
 #include "SignatureChain.h"
@@ -72,7 +73,11 @@ Judgement judgeSigned(const PeSecurity& program, const SignatureSettings& settin
 
 Judgement judge(const std::string& path) {
     MappedFile file;
-    if (file.open(path) != MappedFile::Result::Mapped) return {"", "the file cannot be read"};
+    if (file.open(path) != MappedFile::Result::Mapped) {
+        // What is there but cannot be read now may carry any signature; only what holds no byte surely carries none.
+        const bool mayBeSigned = !File::isAbsent(path) && (File::getLength(path) != 0);
+        return {mayBeSigned ? "unknown" : "", "the file cannot be read"};
+    }
     const PeSecurity program = PeSecurity::locate({file.data(), file.size()});
     switch (program.state) {
         case PeSecurity::State::NotProgram:
