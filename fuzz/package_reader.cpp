@@ -28,6 +28,8 @@ MappedFile::Result MappedFile::open(const std::string&) {
     return Result::Mapped;
 }
 
+void MappedFile::release(const unsigned char*, size_t) const {}
+
 void MappedFile::close() {
     delete[] mData;
     mData = nullptr;

@@ -14,6 +14,14 @@
 /// backslashes ("Orv Client\\app.exe"); an item that goes elsewhere keeps its variable in front ("$PLUGINSDIR\\x.dll").
 /// Items come in the order of their data in the package. Two objects may read one file at the same time. close() may be
 /// called from another thread while extract runs, which then ends with false; all else belongs to one thread at a time.
+///
+/// Limits, so that a hostile file can ask for no more than its size warrants. An item unpacks to 128 MiB or to 64 times
+/// what it is packed to, whichever is more, since the sink gets it as a whole; all items together to 256 MiB or to 64
+/// times the file; what the sink is given, with items that bear many names, to 1 GiB or to 64 times the file. A window
+/// for LZMA takes 64 MiB or 16 times the stream, the header 32 MiB, and 200,000 names 16 MiB. Real files pack to a
+/// tenth at best, a bomb to a thousandth. Packages of up to 2 MiB are thus refused or read in seconds and within 256
+/// MiB. A real package takes its largest item, 32 MiB for what is read ahead, and one LZMA window for each of up to
+/// four threads; with a dictionary beyond 8 MiB there are fewer threads, but two at least.
 class ORV_PLATFORM_API NSISDecompile {
 public:
     NSISDecompile();

@@ -26,6 +26,8 @@ public:
         drop(count);
         return bits;
     }
+    /// Behind the last byte that was looked at.
+    const unsigned char* position() const { return mNext; }
     /// True once bits behind the end were taken.
     bool overrun() const { return mHeld < mInvented; }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -27,6 +28,7 @@ public:
     ByteView view() const { return {mData, mSize}; }
 
     void clear() { mSize = 0; }
+    void shrink(size_t size) { mSize = size; }
     /// Throws std::bad_alloc.
     void reserve(size_t capacity) {
         if (capacity <= mCapacity) return;
@@ -37,6 +39,11 @@ public:
     }
     /// Takes over bytes that were written behind the end, within the capacity.
     void grew(size_t bytes) { mSize += bytes; }
+    /// Within the capacity.
+    void append(ByteView bytes) {
+        if (!bytes.empty()) std::memcpy(mData + mSize, bytes.data(), bytes.size());
+        mSize += bytes.size();
+    }
 
 private:
     void swap(Buffer& other) {

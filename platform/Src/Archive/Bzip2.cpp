@@ -33,6 +33,8 @@ public:
         return done;
     }
 
+    const unsigned char* position() const override { return mBits.position(); }
+
 private:
     bool fail() {
         mFailed = true;

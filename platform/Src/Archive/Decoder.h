@@ -19,6 +19,8 @@ public:
     virtual bool begin(ByteView input, uint64_t outputLimit) = 0;
     /// Decompresses until the output is full. @return bytes written; fewer than size at the stream's end or on bad data
     virtual size_t read(unsigned char* output, size_t size) = 0;
+    /// The input's next byte: those before it are done with.
+    virtual const unsigned char* position() const = 0;
     /// True once bad data was met; what was read up to then is worth nothing.
     bool failed() const { return mFailed; }
     /// True once the stream's own end was met.

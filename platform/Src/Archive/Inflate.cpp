@@ -10,6 +10,7 @@ namespace Archive {
 namespace {
 
 constexpr size_t kWindow = 32768;
+constexpr size_t kHandovers = 16, kInputPerHandover = 1024;
 constexpr int kRaw = -15;
 constexpr int kUnusedBits = 7, kInLastBlock = 64, kBehindBlock = 128;  // what zlib tells in data_type
 
@@ -33,6 +34,8 @@ public:
         mStored = mForceBare ? Stored::Bare : Stored::Unknown;
         mStoredLeft = 0;
         mInStored = false;
+        mHoldsWindow = false;
+        mHandoversLeft = kHandovers + input.size() / kInputPerHandover;
         mAtBlock = true;
         mUnused = 0;
         return true;
@@ -48,6 +51,8 @@ public:
         return done;
     }
 
+    const unsigned char* position() const override { return mStream.next_in; }
+
 private:
     enum class Stored { Unknown, Complemented, Bare };
 
@@ -61,7 +66,10 @@ private:
             if (mStream.avail_in == 0) return;  // zlib will say so
             bits |= static_cast<unsigned>(*length++) << mUnused;
         }
-        if ((bits >> 1 & 3) != 0) return;
+        if ((bits >> 1 & 3) != 0) {
+            if (mHoldsWindow) giveWindowBack();
+            return;
+        }
         const auto left = static_cast<size_t>(mStream.next_in + mStream.avail_in - length);
         if (mStored == Stored::Unknown) {
             const bool complemented = left >= 4 && (le16(length) ^ le16(length + 2)) == 0xFFFF;
@@ -77,10 +85,27 @@ private:
         mStoredLeft = le16(length);
         mStream.avail_in = static_cast<uInt>(left - 2);
         mStream.next_in = const_cast<Bytef*>(length + 2);
+        mUnused = 0;
+        if (!mHoldsWindow) takeWindow();
+    }
+
+    void takeWindow() {
+        mHoldsWindow = true;
         mHistory.resize(kWindow);
         uInt kept = 0;
         inflateGetDictionary(&mStream, mHistory.data(), &kept);
         mHistory.resize(kept);
+    }
+
+    /// Lets zlib go on behind bare stored blocks, with the window as if it had read them itself. A real stream has
+    /// thousands of bytes between two such places; one that has not would take its time with copies of the window.
+    void giveWindowBack() {
+        mHoldsWindow = false;
+        const size_t kept = std::min(mHistory.size(), kWindow);
+        const unsigned char* window = mHistory.data() + mHistory.size() - kept;
+        mFailed = mHandoversLeft == 0 || inflateReset(&mStream) != Z_OK ||
+                  (kept != 0 && inflateSetDictionary(&mStream, window, static_cast<uInt>(kept)) != Z_OK);
+        if (!mFailed) --mHandoversLeft;
     }
 
     size_t copyStored(unsigned char* output, size_t size) {
@@ -90,25 +115,18 @@ private:
             return 0;
         }
         if (piece != 0) std::memcpy(output, mStream.next_in, piece);
+        if (mHistory.size() > 4 * kWindow)
+            mHistory.erase(mHistory.begin(), mHistory.end() - static_cast<std::ptrdiff_t>(kWindow));
         mHistory.insert(mHistory.end(), mStream.next_in, mStream.next_in + piece);
         mStream.next_in += piece;
         mStream.avail_in -= static_cast<uInt>(piece);
         mStoredLeft -= piece;
-        if (mStoredLeft == 0) leaveStored();
-        return piece;
-    }
-
-    /// Gives the stream back to zlib behind a bare stored block, with the window as if it had read the block itself.
-    void leaveStored() {
-        mInStored = false;
-        mEnded = mLastStored;
-        const size_t kept = std::min(mHistory.size(), kWindow);
-        if (inflateReset(&mStream) != Z_OK) mFailed = true;
-        if (inflateSetDictionary(&mStream, mHistory.data() + mHistory.size() - kept, static_cast<uInt>(kept)) != Z_OK) {
-            mFailed = true;
+        if (mStoredLeft == 0) {
+            mInStored = false;
+            mEnded = mLastStored;
+            mAtBlock = true;
         }
-        mAtBlock = true;
-        mUnused = 0;
+        return piece;
     }
 
     size_t inflateSome(unsigned char* output, size_t size) {
@@ -136,6 +154,8 @@ private:
     bool mInStored = false;
     bool mLastStored = false;
     size_t mStoredLeft = 0;
+    bool mHoldsWindow = false;  // the window is here and not with zlib
+    size_t mHandoversLeft = 0;  // of the window to zlib
     std::vector<unsigned char> mHistory;
 };
 

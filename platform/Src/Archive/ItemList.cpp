@@ -4,14 +4,13 @@
 #include <set>
 #include <tuple>
 
+#include "Limits.h"
 #include "Strings.h"
 
 namespace Archive {
 namespace {
 
 enum Opcode : uint32_t { CreateDirectory = 11, ExtractFile = 20, AssignVariable = 25, WriteUninstaller = 62 };
-constexpr size_t kNameLimit = 500000;  // names in one package
-constexpr size_t kNameBytesLimit = 64u << 20;
 
 struct NamedItem {
     uint32_t offset;

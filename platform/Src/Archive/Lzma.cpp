@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "Decoder.h"
+#include "Limits.h"
 
 namespace Archive {
 namespace {
@@ -34,8 +35,8 @@ public:
         lzma_options_lzma options{};
         if (!readProperties(input[0], options)) return false;
         input = input.subspan(5);
-        const uint64_t reach = std::min(outputLimit, kLargestRatio * input.size());
-        options.dict_size = static_cast<uint32_t>(std::min<uint64_t>(dictionary, std::max(reach, kWindowLeast)));
+        const uint64_t reach = std::max(std::min(outputLimit, kLargestRatio * input.size()), kWindowLeast);
+        options.dict_size = static_cast<uint32_t>(std::min({uint64_t{dictionary}, reach, windowLimit(input.size())}));
         return start(options, filtered, input);
     }
 
@@ -51,6 +52,8 @@ public:
         }
         return size - mStream.avail_out;
     }
+
+    const unsigned char* position() const override { return mStream.next_in; }
 
 private:
     static bool readProperties(unsigned char byte, lzma_options_lzma& options) {

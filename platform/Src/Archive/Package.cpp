@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include "Limits.h"
 #include "ReadAhead.h"
 
 namespace Archive {
 namespace {
 
-constexpr uint64_t kLeastOutputLimit = 1u << 30;
-constexpr uint64_t kOutputRatioLimit = 2000;  // no real package comes near
+constexpr size_t kPagesBehind = 4u << 20;
 
 /// One run over all items.
 class Extraction {
@@ -17,12 +17,11 @@ public:
 
     bool run() {
         if (mPackage.layout.end > mPackage.file.size()) return fail(ErrorCode::ErrorCode_Format);
-        const ItemSource source{mPackage.body, mPackage.items,
-                                mPackage.bytes().first(static_cast<size_t>(mPackage.layout.firstHeader)),
-                                std::min<uint64_t>(mOutputLeft, UINT32_MAX)};
+        const ItemSource source{mPackage.file, mPackage.body, mPackage.items,
+                                mPackage.bytes().first(static_cast<size_t>(mPackage.layout.firstHeader)), mBudget};
         // The first items are decompressed while this thread is still at the checksum.
         ReadAhead ahead(mPackage.items.size(), makeReaders(source), mPackage.cancelled);
-        if (mPackage.layout.hasChecksum && !checksumHolds(mPackage.bytes(), mPackage.layout, mPackage.cancelled)) {
+        if (mPackage.layout.hasChecksum && !checksumHolds(mPackage.file, mPackage.layout, mPackage.cancelled)) {
             return fail(ErrorCode::ErrorCode_Checksum);
         }
         for (const PackageItem& item : mPackage.items) {
@@ -32,27 +31,50 @@ public:
             for (const std::string& name : item.names) {
                 if (!deliver(name, content)) return false;
             }
+            releasePages(item);
         }
         return true;
     }
 
 private:
     std::vector<std::unique_ptr<ItemReader>> makeReaders(const ItemSource& source) const {
-        constexpr size_t kMostThreads = 4;
+        constexpr uint64_t kMostThreads = 4;
         std::vector<std::unique_ptr<ItemReader>> readers;
         if (source.body.solid) {
             readers.push_back(makeSolidReader(source));
             return readers;
         }
-        const size_t threads = std::clamp<size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
+        const uint64_t memory = std::max<uint64_t>(2, kWindowsTogether / std::max(dictionaryOf(source), kMebibyte));
+        const uint64_t threads =
+            std::clamp<uint64_t>(std::thread::hardware_concurrency(), 1, std::min(memory, kMostThreads));
         readers.push_back(makeSeparateReader(source));
         while (readers.size() < std::min(threads, source.items.size())) readers.push_back(makeSeparateReader(source));
         return readers;
     }
 
+    /// All packed items of a package have the same dictionary. @return 0 without LZMA
+    static uint64_t dictionaryOf(const ItemSource& source) {
+        for (const PackageItem& item : source.items) {
+            StoredItem stored;
+            if (!readStoredItem(source.body.bytes, item.offset, stored) || !stored.packed) continue;
+            const Method method = candidateMethods(stored.bytes).front();
+            if (method == Method::Lzma) return le32(&stored.bytes[1]);
+            return method == Method::LzmaFiltered ? le32(&stored.bytes[2]) : 0;
+        }
+        return 0;
+    }
+
+    /// Items packed one by one lie in the order in which they are read; a stream's reader sees to its pages itself.
+    void releasePages(const PackageItem& item) {
+        const ByteView bytes = mPackage.body.bytes;
+        if (mPackage.body.solid || item.offset > bytes.size() || item.offset - mReleased < kPagesBehind) return;
+        mPackage.file.release(&bytes[mReleased], item.offset - mReleased);
+        mReleased = item.offset;
+    }
+
     bool deliver(const std::string& name, ByteView content) {
         if (mPackage.cancelled) return fail(ErrorCode::ErrorCode_Cancelled);
-        if (content.size() > mOutputLeft) return fail(ErrorCode::ErrorCode_Limit);
+        if (content.size() > std::min<uint64_t>(mOutputLeft, UINT32_MAX)) return fail(ErrorCode::ErrorCode_Limit);
         mOutputLeft -= content.size();
         if (!mSink.open(name, false)) return false;
         if (!content.empty()) {
@@ -70,7 +92,9 @@ private:
 
     const Package& mPackage;
     IExtractOutFile& mSink;
-    uint64_t mOutputLeft = std::max(kLeastOutputLimit, kOutputRatioLimit* mPackage.file.size());
+    uint64_t mOutputLeft = deliveredLimit(mPackage.file.size());
+    Budget mBudget{decodedLimit(mPackage.file.size())};
+    size_t mReleased = 0;  // offset in the body up to which pages were given back
 };
 
 }  // namespace
@@ -82,6 +106,7 @@ bool Package::open(const std::string& path) {
     if (!findPackage(bytes(), image, layout)) return false;
     if (!readPackageBody(bytes(), layout, image.isWide(), body) || !listItems(body.header, items)) return false;
     version = readVersionResource(image);
+    body.header = HeaderBlock();  // has told all that it can
     return true;
 }
 

@@ -12,6 +12,7 @@ constexpr size_t kPiece = 1u << 20;
 bool readExactly(Decoder& decoder, size_t length, std::vector<unsigned char>& bytes) {
     while (bytes.size() < length) {
         const size_t done = bytes.size(), piece = std::min(kPiece, length - done);
+        if (bytes.capacity() < done + piece) bytes.reserve(std::min(length, 2 * (done + piece)));
         bytes.resize(done + piece);
         if (decoder.read(&bytes[done], piece) != piece) return false;
     }

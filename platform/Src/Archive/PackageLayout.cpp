@@ -1,9 +1,11 @@
 #include "PackageLayout.h"
 
-#include <zlib.h>
+#include <lzma.h>
 
 #include <algorithm>
 #include <cstring>
+
+#include "Limits.h"
 
 namespace Archive {
 namespace {
@@ -11,8 +13,7 @@ namespace {
 constexpr uint64_t kSector = 512;
 constexpr uint64_t kFirstHeaderSize = 28;
 constexpr uint64_t kChecksumSize = 4;
-constexpr uint64_t kSearchLimit = 64u << 20;        // a stub with all its resources is far smaller
-constexpr uint32_t kHeaderLengthLimit = 64u << 20;  // unpacked; real ones are kilobytes
+constexpr uint64_t kSearchLimit = 64u << 20;  // a stub with all its resources is far smaller
 constexpr uint32_t kNoChecksum = 4, kForceChecksum = 8, kKnownFlags = 15;
 constexpr unsigned char kMagic[] = {0xEF, 0xBE, 0xAD, 0xDE, 'N', 'u', 'l', 'l', 's', 'o', 'f', 't', 'I', 'n', 's', 't'};
 
@@ -27,7 +28,7 @@ bool readFirstHeader(ByteView file, uint64_t offset, PackageLayout& layout) {
     layout.hasChecksum = (flags & kNoChecksum) == 0 || (flags & kForceChecksum) != 0;
     layout.bodyBegin = offset + kFirstHeaderSize;
     layout.bodyEnd = layout.end - (layout.hasChecksum ? kChecksumSize : 0);
-    return layout.headerLength != 0 && layout.headerLength <= kHeaderLengthLimit &&
+    return layout.headerLength != 0 && layout.headerLength <= kHeaderLimit &&
            layout.end >= layout.bodyBegin + kChecksumSize && layout.bodyEnd >= layout.bodyBegin;
 }
 
@@ -43,15 +44,18 @@ bool findPackage(ByteView file, const PeImage& image, PackageLayout& layout) {
     return false;
 }
 
-bool checksumHolds(ByteView file, const PackageLayout& layout, const std::atomic<bool>& stop) {
+bool checksumHolds(const Public::Base::MappedFile& mapped, const PackageLayout& layout, const std::atomic<bool>& stop) {
     constexpr uint64_t kPiece = 1u << 20;
+    const ByteView file(mapped.data(), mapped.size());
     const uint64_t end = layout.bodyEnd;
     if (!fits(file.size(), end, kChecksumSize)) return false;
-    uLong sum = crc32(0, nullptr, 0);
+    uint32_t sum = 0;
     // The compiler leaves the first sector out, so that signing does not break the checksum.
     for (uint64_t at = kSector; at < end; at += kPiece) {
         if (stop) return false;
-        sum = crc32(sum, &file[at], static_cast<uInt>(std::min(kPiece, end - at)));
+        const auto size = static_cast<size_t>(std::min(kPiece, end - at));
+        sum = lzma_crc32(&file[at], size, sum);
+        mapped.release(&file[at], size);
     }
     return sum == le32(&file[end]);
 }

@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "PeImage.h"
+#include "Public/Base/System.h"
 
 namespace Archive {
 
@@ -21,6 +22,6 @@ struct PackageLayout {
 bool findPackage(ByteView file, const PeImage& image, PackageLayout& layout);
 
 /// Compares the checksum at the package's end with the bytes. @return false on a mismatch, or when stop became true
-bool checksumHolds(ByteView file, const PackageLayout& layout, const std::atomic<bool>& stop);
+bool checksumHolds(const Public::Base::MappedFile& mapped, const PackageLayout& layout, const std::atomic<bool>& stop);
 
 }  // namespace Archive

@@ -5,7 +5,6 @@
 namespace Archive {
 namespace {
 constexpr size_t kItemsAhead = 256;  // small items weigh nothing but must not pile up without end
-constexpr size_t kLargestSpare = 16u << 20;
 }  // namespace
 
 /// One item's permission to take memory.
@@ -49,7 +48,10 @@ ErrorCode ReadAhead::next(ByteView& content) {
         readInto(*mReaders.front(), index, mCurrent);
         lock.lock();
     } else {
+        mCallerWaits = true;
+        mChanged.notify_all();
         mChanged.wait(lock, [&] { return mDone.contains(mWanted); });
+        mCallerWaits = false;
         auto found = mDone.find(mWanted);
         mCurrent = std::move(found->second);
         mDone.erase(found);
@@ -93,23 +95,34 @@ Buffer ReadAhead::takeSpare() {
     if (mSpare.empty()) return {};
     Buffer buffer = std::move(mSpare.back());
     mSpare.pop_back();
-    mHeld += buffer.capacity();
     return buffer;
 }
 
-void ReadAhead::release(Slot& slot) {
-    // An allocation that failed was granted all the same; what is held is counted by what there is.
-    mHeld -= std::min(mHeld, slot.memory.capacity());
-    if (slot.memory.capacity() != 0 && slot.memory.capacity() <= kLargestSpare && mSpare.size() <= mReaders.size()) {
-        slot.memory.clear();
-        mSpare.push_back(std::move(slot.memory));
+void ReadAhead::dropSpares(size_t bytes) {
+    while (mHeld + bytes > mLimit && !mSpare.empty()) {
+        mHeld -= std::min(mHeld, mSpare.back().capacity());
+        mSpare.pop_back();
     }
+}
+
+void ReadAhead::release(Slot& slot) {
+    if (slot.memory.capacity() != 0 && mSpare.size() <= mReaders.size()) {
+        mSpare.push_back(std::move(slot.memory));
+    } else {
+        // An allocation that failed was granted all the same; what is held is counted by what there is.
+        mHeld -= std::min(mHeld, slot.memory.capacity());
+    }
+    dropSpares(0);
     slot = Slot();
 }
 
 bool ReadAhead::waitForMemory(size_t index, size_t bytes) {
     std::unique_lock lock(mMutex);
-    mChanged.wait(lock, [&] { return mStop || mCancelled || index == mWanted || mHeld + bytes <= mLimit; });
+    mChanged.wait(lock, [&] {
+        dropSpares(bytes);
+        return mStop || mCancelled || mHeld + bytes <= mLimit ||
+               (index == mWanted && (mCallerWaits || mThreads.empty()));
+    });
     mHeld += bytes;
     return !mStop && !mCancelled;
 }

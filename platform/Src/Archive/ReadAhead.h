@@ -8,17 +8,18 @@
 #include <thread>
 
 #include "ItemReader.h"
+#include "Limits.h"
 
 namespace Archive {
 
 /// Hands out the items 0, 1, 2... in order, while readers, one a thread, work on later ones. Holds the item that was
-/// handed out last and those ahead of it up to a limit in bytes; an item larger than the limit waits until it is its
-/// turn.
+/// handed out last and those ahead of it up to a limit in bytes; an item that does not fit waits until it is wanted and
+/// the one before it is let go.
 class ReadAhead {
 public:
     /// @param cancelled ends all work early; outlives the object
     ReadAhead(size_t count, std::vector<std::unique_ptr<ItemReader>> readers, const std::atomic<bool>& cancelled,
-              size_t limit = 64u << 20);
+              size_t limit = kReadAheadLimit);
     /// Ends the work and waits for the threads.
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
@@ -40,6 +41,7 @@ private:
     void readInto(ItemReader& reader, size_t index, Slot& slot);
     bool mayBegin() const;
     Buffer takeSpare();
+    void dropSpares(size_t bytes);
     void release(Slot& slot);
     bool waitForMemory(size_t index, size_t bytes);
 
@@ -53,7 +55,8 @@ private:
     std::condition_variable mChanged;
     size_t mBegun = 0;             // items that a reader has taken up
     size_t mWanted = 0;            // the item to be handed out next
-    size_t mHeld = 0;              // bytes in slots, done or being filled
+    bool mCallerWaits = false;     // for that item, holding none
+    size_t mHeld = 0;              // bytes in slots, done or being filled, and in spare buffers
     std::map<size_t, Slot> mDone;  // read, not yet wanted
     std::vector<Buffer> mSpare;
     Slot mCurrent;  // handed out last

@@ -1,7 +1,9 @@
 // Items that are packed one by one.
 #include <algorithm>
+#include <cstring>
 
 #include "ItemReader.h"
+#include "Limits.h"
 
 namespace Archive {
 namespace {
@@ -12,34 +14,40 @@ public:
 
     ErrorCode read(size_t index, Buffer& memory, Allowance& allowance, ByteView& content) override {
         const PackageItem& item = mSource.items[index];
-        if (item.kind == PackageItem::Uninstaller) return readUninstaller(item.offset, memory, allowance, content);
-        uint64_t next = 0;
-        return readAt(item.offset, memory, allowance, content, next);
-    }
-
-private:
-    /// @param next offset of the item behind this one
-    ErrorCode readAt(uint64_t offset, Buffer& memory, Allowance& allowance, ByteView& content, uint64_t& next) {
+        const ByteView bytes = mSource.body.bytes.first(endOfItem(index));
+        memory.clear();
+        if (item.kind == PackageItem::Uninstaller)
+            return readUninstaller(bytes, item.offset, memory, allowance, content);
         StoredItem stored;
-        if (!readStoredItem(mSource.body.bytes, offset, stored)) return ErrorCode::ErrorCode_Format;
-        next = offset + 4 + stored.bytes.size();
-        if (stored.packed) return unpack(stored.bytes, memory, allowance, content);
-        if (stored.bytes.size() > mSource.itemLimit) return ErrorCode::ErrorCode_Limit;
+        if (!readStoredItem(bytes, item.offset, stored)) return ErrorCode::ErrorCode_Format;
+        if (stored.packed) return unpack(stored.bytes, itemLimit(stored.bytes.size()), memory, allowance, content);
         content = stored.bytes;
         return ErrorCode::ErrorCode_None;
     }
 
-    ErrorCode unpack(ByteView packed, Buffer& memory, Allowance& allowance, ByteView& content) {
+private:
+    /// Items do not reach into each other: where they do, a short file could be decompressed again and again.
+    size_t endOfItem(size_t index) const {
+        const std::vector<PackageItem>& items = mSource.items;
+        size_t next = index + 1;
+        while (next < items.size() && items[next].offset == items[index].offset) ++next;
+        const size_t size = mSource.body.bytes.size();
+        return next < items.size() ? std::min<size_t>(items[next].offset, size) : size;
+    }
+
+    /// Adds the item to the memory. @param limit of its bytes   @param content all that the memory holds then
+    ErrorCode unpack(ByteView packed, uint64_t limit, Buffer& memory, Allowance& allowance, ByteView& content) {
         constexpr size_t kUsualRatio = 3, kLargestGuess = 16u << 20;
-        const size_t guess = std::min(packed.size() * kUsualRatio, kLargestGuess);
+        const size_t guess = std::min(packed.size() * kUsualRatio, kLargestGuess), before = memory.size();
         for (const Method method : candidateMethods(packed)) {
             Decoder& decoder = mDecoders.get(method);
-            if (!decoder.begin(packed, mSource.itemLimit + 1)) continue;
-            memory.clear();
-            if (!decodeUpTo(decoder, mSource.itemLimit + 1, guess, memory, allowance)) {
-                return ErrorCode::ErrorCode_Cancelled;
-            }
-            if (memory.size() > mSource.itemLimit) return ErrorCode::ErrorCode_Limit;
+            if (!decoder.begin(packed, limit + 1)) continue;
+            memory.shrink(before);
+            const unsigned char* kept = packed.data();
+            Unpacking unpacking(mSource, decoder, allowance, kept);
+            const ErrorCode error = unpacking.fill(memory, before + limit + 1, before + guess);
+            if (error != ErrorCode::ErrorCode_None) return error;
+            if (memory.size() - before > limit) return ErrorCode::ErrorCode_Limit;
             // An empty item may have ended without having been asked for a byte beyond.
             if (decoder.failed() || !decoder.ended()) continue;
             content = memory.view();
@@ -48,23 +56,35 @@ private:
         return ErrorCode::ErrorCode_Data;
     }
 
-    ErrorCode readUninstaller(uint64_t offset, Buffer& memory, Allowance& allowance, ByteView& content) {
-        ByteView patches, data;
-        uint64_t next = 0;
-        ErrorCode error = readAt(offset, mPatches, allowance, patches, next);
-        if (error == ErrorCode::ErrorCode_None) error = readAt(next, mData, allowance, data, next);
+    ErrorCode readUninstaller(ByteView bytes, uint64_t offset, Buffer& memory, Allowance& allowance,
+                              ByteView& content) {
+        StoredItem first, second;
+        if (!readStoredItem(bytes, offset, first)) return ErrorCode::ErrorCode_Format;
+        if (!readStoredItem(bytes, offset + 4 + first.bytes.size(), second)) return ErrorCode::ErrorCode_Format;
+        ByteView patches = first.bytes;
+        if (first.packed) {
+            mPatches.clear();
+            const ErrorCode error = unpack(first.bytes, kPatchLimit, mPatches, allowance, patches);
+            if (error != ErrorCode::ErrorCode_None) return error;
+        }
+        if (!reserveMore(memory, mSource.stub.size(), allowance)) return ErrorCode::ErrorCode_Cancelled;
+        memory.append(mSource.stub);
+        ErrorCode error = ErrorCode::ErrorCode_None;
+        if (second.packed) {
+            error = unpack(second.bytes, itemLimit(second.bytes.size()), memory, allowance, content);
+        } else if (reserveMore(memory, second.bytes.size(), allowance)) {
+            memory.append(second.bytes);
+        } else {
+            error = ErrorCode::ErrorCode_Cancelled;
+        }
         if (error != ErrorCode::ErrorCode_None) return error;
-        const size_t size = mSource.stub.size() + data.size();
-        if (size > mSource.itemLimit) return ErrorCode::ErrorCode_Limit;
-        if (!allowance.more(size - std::min(size, memory.capacity()))) return ErrorCode::ErrorCode_Cancelled;
-        if (!buildUninstaller(mSource.stub, patches, data, memory)) return ErrorCode::ErrorCode_Format;
         content = memory.view();
-        return ErrorCode::ErrorCode_None;
+        return patchStub(patches, mSource.stub.size(), memory) ? error : ErrorCode::ErrorCode_Format;
     }
 
     const ItemSource mSource;
     Decoders mDecoders;
-    Buffer mPatches, mData;  // the two halves of an uninstaller
+    Buffer mPatches;  // for an uninstaller's stub
 };
 
 }  // namespace

@@ -31,6 +31,8 @@ public:
     void close();
     /// True when another file than the mapped one lies at the path. While it is mapped, no other is taken for it.
     bool isReplacedAt(const std::string& path) const;
+    /// Lets the system take back the memory of bytes that were read; they are read from the file again when wanted.
+    void release(const unsigned char* begin, size_t length) const;
     const unsigned char* data() const { return mData; }
     /// Bytes; 0 while nothing is mapped.
     size_t size() const { return mSize; }

@@ -59,6 +59,14 @@ bool MappedFile::isReplacedAt(const std::string& path) const {
     return status.st_dev != mVolume || status.st_ino != mNumber;
 }
 
+void MappedFile::release(const unsigned char* begin, size_t length) const {
+    // The system works on whole pages; those that the range only begins or ends in are given back too.
+    static const auto page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    const auto first = static_cast<size_t>(begin - mData) / page * page;
+    const size_t end = static_cast<size_t>(begin - mData) + length;
+    if (length != 0) ::madvise(const_cast<unsigned char*>(mData) + first, end - first, MADV_DONTNEED);
+}
+
 void MappedFile::close() {
     if (mData != nullptr) ::munmap(const_cast<unsigned char*>(mData), mSize);
     mData = nullptr;

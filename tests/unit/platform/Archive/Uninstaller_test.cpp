@@ -6,12 +6,18 @@
 namespace {
 
 using Archive::Buffer;
-using Archive::buildUninstaller;
 using Archive::ByteView;
 using support::le32;
 
 ByteView view(const std::string& text) { return {reinterpret_cast<const unsigned char*>(text.data()), text.size()}; }
 std::string text(Buffer& buffer) { return {reinterpret_cast<const char*>(buffer.data()), buffer.size()}; }
+
+bool buildUninstaller(ByteView stub, ByteView patches, ByteView data, Buffer& file) {
+    file.reserve(stub.size() + data.size());
+    file.append(stub);
+    file.append(data);
+    return Archive::patchStub(patches, stub.size(), file);
+}
 
 TEST(BuildUninstaller, PutsTheDataBehindTheStub) {
     Buffer file;
