@@ -187,8 +187,13 @@ PackageSpec::Files defaultFiles(const PackageSpec& spec) {
 std::string makePackage(const PackageSpec& spec, const std::string& outPath) {
     std::ostringstream script;
     script
-        << "Unicode " << (spec.unicode ? "true" : "false") << "\nSetCompressor " << (spec.solid ? "/SOLID " : "")
-        << spec.compressor << "\nCRCCheck " << spec.crc << "\nName " << quoted(spec.product)
+        << (spec.wideStub  ? "Target amd64-unicode"
+            : spec.unicode ? "Unicode true"
+                           : "Unicode false")
+        << "\n"
+        << (spec.compressor == "none" ? "SetCompress off"
+                                      : std::string("SetCompressor ") + (spec.solid ? "/SOLID " : "") + spec.compressor)
+        << "\nCRCCheck " << spec.crc << "\nName " << quoted(spec.product)
         << "\nOutFile package.exe\nInstallDir \"$PROGRAMFILES\\Orv\"\nRequestExecutionLevel admin\nSetDateSave off\n";
     writeVersionResource(script, spec);
     script << spec.headerScript << "\nSection \"Main\"\n";

@@ -15,9 +15,10 @@ struct PackageSpec {
     std::string version = "1.11.0.8";
     int bits = 64;  ///< 32 or 64: the marker item and the programs; 0 leaves the marker out and makes 64-bit programs
     Layout layout = Tree;
-    std::string compressor = "lzma";  ///< lzma, zlib, bzip2
+    std::string compressor = "lzma";  ///< lzma, zlib, bzip2; none leaves all plain, the header too
     bool solid = true;
     bool unicode = true;
+    bool wideStub = false;   ///< a 64-bit installer; these are Unicode ones
     std::string crc = "on";  ///< on, off, force
     Files files = {};        ///< in this order; empty: defaultFiles
     bool versionResource = true;

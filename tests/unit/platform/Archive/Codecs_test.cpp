@@ -1,9 +1,9 @@
 // The decompressors on streams of their own.
-#include <lzma.h>
 #include <zlib.h>
 
 #include "Archive/Decoder.h"
 #include "Archive/PrefixCode.h"
+#include "PackedStreams.h"
 
 namespace {
 
@@ -48,50 +48,9 @@ std::string sample(size_t size) {
     return text;
 }
 
-std::string deflated(const std::string& text, int level = 9, int strategy = Z_DEFAULT_STRATEGY) {
-    z_stream stream{};
-    deflateInit2(&stream, level, Z_DEFLATED, -15, 8, strategy);
-    std::string out(text.size() + text.size() / 1000 + 1000, '\0');
-    std::string in = text;
-    stream.next_in = reinterpret_cast<Bytef*>(in.data());
-    stream.avail_in = static_cast<uInt>(in.size());
-    stream.next_out = reinterpret_cast<Bytef*>(out.data());
-    stream.avail_out = static_cast<uInt>(out.size());
-    deflate(&stream, Z_FINISH);
-    out.resize(stream.total_out);
-    deflateEnd(&stream);
-    return out;
-}
-
-/// A stored block as the compiler's second generation writes it, on a byte boundary.
-std::string bareBlock(const std::string& text, bool last) {
-    const auto length = static_cast<unsigned>(text.size());
-    return std::string{static_cast<char>(last), static_cast<char>(length), static_cast<char>(length >> 8)} + text;
-}
-
-std::string lzmaStream(const std::string& text, bool filtered = false, uint32_t dictionary = 1u << 20) {
-    lzma_options_lzma options{};
-    lzma_lzma_preset(&options, 6);
-    options.dict_size = dictionary;
-    lzma_filter filters[3];
-    size_t count = 0;
-    if (filtered) filters[count++] = {LZMA_FILTER_X86, nullptr};
-    filters[count++] = {LZMA_FILTER_LZMA1, &options};
-    filters[count] = {LZMA_VLI_UNKNOWN, nullptr};
-    lzma_stream stream = LZMA_STREAM_INIT;
-    EXPECT_EQ(lzma_raw_encoder(&stream, filters), LZMA_OK);
-    std::string out(text.size() + 10000, '\0');
-    stream.next_in = reinterpret_cast<const uint8_t*>(text.data());
-    stream.avail_in = text.size();
-    stream.next_out = reinterpret_cast<uint8_t*>(out.data());
-    stream.avail_out = out.size();
-    EXPECT_EQ(lzma_code(&stream, LZMA_FINISH), LZMA_STREAM_END);
-    out.resize(stream.total_out);
-    lzma_end(&stream);
-    std::string head = "\x5d";
-    for (int shift = 0; shift < 32; shift += 8) head.push_back(static_cast<char>(dictionary >> shift));
-    return head + out;
-}
+using support::bareBlock;
+using support::deflated;
+using support::lzmaStream;
 
 // Deflate.
 
@@ -269,22 +228,7 @@ TEST(LzmaStream, DecodesOneStreamAfterAnother) {
 
 // Bzip2: streams written bit by bit.
 
-class BitWriter {
-public:
-    BitWriter& put(uint32_t value, unsigned count) {
-        for (unsigned i = count; i-- > 0;) {
-            if (mFill % 8 == 0) mBytes.push_back('\0');
-            if ((value >> i & 1) != 0) mBytes.back() = static_cast<char>(mBytes.back() | (0x80 >> mFill % 8));
-            ++mFill;
-        }
-        return *this;
-    }
-    const std::string& bytes() const { return mBytes; }
-
-private:
-    std::string mBytes;
-    unsigned mFill = 0;
-};
+using support::BitWriter;
 
 /// A block of the one byte 'a', repeated: symbols RUNA (0), RUNB (10) and end (11), all lengths as told.
 struct BlockShape {

@@ -1,14 +1,15 @@
 // The header's tables, and the ways in which a body can hide it.
 #include "Archive/HeaderBlock.h"
 
-#include <zlib.h>
-
 #include "PackageFixture.h"
+#include "PackedStreams.h"
 #include "SyntheticPackage.h"
 
 namespace {
 
 using Archive::HeaderBlock;
+using support::bareBlocks;
+using support::deflated;
 using support::le32;
 using support::SyntheticPackage;
 
@@ -62,30 +63,6 @@ TEST(HeaderTable, OfANarrowStubIsNoneOfAWideOne) { EXPECT_FALSE(parses(somePacka
 
 class HeaderHiding : public support::PackageFixture {
 protected:
-    /// A stream of stored blocks without the complement of their length, of that size each.
-    static std::string bareBlocks(const std::string& text, size_t size) {
-        std::string stream;
-        for (size_t at = 0; at < text.size(); at += size) {
-            const std::string piece = text.substr(at, size);
-            const auto length = static_cast<unsigned>(piece.size());
-            stream += at + size >= text.size() ? '\1' : '\0';
-            stream += support::le16(length) + piece;
-        }
-        return stream;
-    }
-    static std::string deflated(const std::string& text) {
-        std::string out(text.size() + 1000, '\0'), in = text;
-        z_stream stream{};
-        deflateInit2(&stream, 9, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY);
-        stream.next_in = reinterpret_cast<Bytef*>(in.data());
-        stream.avail_in = static_cast<uInt>(in.size());
-        stream.next_out = reinterpret_cast<Bytef*>(out.data());
-        stream.avail_out = static_cast<uInt>(out.size());
-        deflate(&stream, Z_FINISH);
-        out.resize(stream.total_out);
-        deflateEnd(&stream);
-        return out;
-    }
     void expectContent(const std::string& package) {
         ASSERT_TRUE(openBytes(package));
         ASSERT_TRUE(extract());
