@@ -200,6 +200,7 @@ std::string makePackage(const PackageSpec& spec, const std::string& outPath) {
     PackageSpec::Files sources;
     writeFiles(script, spec.files.empty() ? defaultFiles(spec) : spec.files, sources);
     if (spec.uninstaller) script << "WriteUninstaller \"$INSTDIR\\uninst.exe\"\n";
+    sources.insert(sources.end(), spec.extraSources.begin(), spec.extraSources.end());
     script << spec.extraScript << "\nSectionEnd\n";
     if (spec.uninstaller) script << "Section \"Uninstall\"\nDelete \"$INSTDIR\\uninst.exe\"\nSectionEnd\n";
     return compilePackage(script.str(), sources, outPath);

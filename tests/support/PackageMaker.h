@@ -27,6 +27,7 @@ struct PackageSpec {
     std::string product = "Orv Suite";
     std::string comment = "Orv upgrade package";
     std::string headerScript = {};  ///< further script before the section
+    Files extraSources = {};        ///< for the scripts, under these names; directories with "/"
     std::string extraScript = {};   ///< further script at the end of the section
     bool uninstaller = false;       ///< writes "uninst.exe" into the install directory
 };
