@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build pkg-config git ca-certificates python3 xz-utils
-  libcurl4-openssl-dev libssl-dev zlib1g-dev liblzma-dev nlohmann-json3-dev libspdlog-dev
+  libcurl4-openssl-dev libssl-dev zlib1g-dev libdeflate-dev liblzma-dev nlohmann-json3-dev libspdlog-dev
   libgtest-dev
   libcpp-httplib-dev
   nsis osslsigncode openssl protobuf-compiler 7zip curl

@@ -76,6 +76,7 @@ std::string bareBlock(const std::string& text, bool last) {
 }
 
 std::string bareBlocks(const std::string& text, size_t size) {
+    if (text.empty()) return bareBlock(text, true);
     std::string stream;
     for (size_t at = 0; at < text.size(); at += size)
         stream += bareBlock(text.substr(at, size), at + size >= text.size());

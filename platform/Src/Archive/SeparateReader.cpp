@@ -4,9 +4,12 @@
 
 #include "ItemReader.h"
 #include "Limits.h"
+#include "WholeInflate.h"
 
 namespace Archive {
 namespace {
+
+constexpr size_t kUsualLeast = 1u << 16;
 
 class SeparateReader : public ItemReader {
 public:
@@ -37,9 +40,17 @@ private:
 
     /// Adds the item to the memory. @param limit of its bytes   @param content all that the memory holds then
     ErrorCode unpack(ByteView packed, uint64_t limit, Buffer& memory, Allowance& allowance, ByteView& content) {
-        constexpr size_t kUsualRatio = 3, kLargestGuess = 16u << 20;
+        constexpr size_t kUsualRatio = 5, kLargestGuess = 32u << 20;
         const size_t guess = std::min(packed.size() * kUsualRatio, kLargestGuess), before = memory.size();
         for (const Method method : candidateMethods(packed)) {
+            if (method == Method::Deflate) {
+                const ErrorCode error = unpackAtOnce(packed, guess, limit, memory, allowance);
+                if (error != ErrorCode::ErrorCode_None) return error;
+                if (memory.size() != before) {
+                    content = memory.view();
+                    return error;
+                }
+            }
             Decoder& decoder = mDecoders.get(method);
             if (!decoder.begin(packed, limit + 1)) continue;
             memory.shrink(before);
@@ -54,6 +65,18 @@ private:
             return ErrorCode::ErrorCode_None;
         }
         return ErrorCode::ErrorCode_Data;
+    }
+
+    /// Adds an item that unpacks to what is usual to the memory, or leaves it as it is.
+    ErrorCode unpackAtOnce(ByteView packed, size_t guess, uint64_t limit, Buffer& memory, Allowance& allowance) {
+        if (allowance.stopped()) return ErrorCode::ErrorCode_Cancelled;
+        const auto room = static_cast<size_t>(std::min<uint64_t>(std::max(guess, kUsualLeast), limit));
+        if (packed.size() > room) return ErrorCode::ErrorCode_None;
+        if (!reserveMore(memory, room, allowance)) return ErrorCode::ErrorCode_Cancelled;
+        size_t written = 0;
+        const bool whole = mWholeInflate.decode(packed, memory.data() + memory.size(), room, written);
+        if (whole) memory.grew(written);
+        return mSource.budget.take(whole ? written : room) ? ErrorCode::ErrorCode_None : ErrorCode::ErrorCode_Limit;
     }
 
     ErrorCode readUninstaller(ByteView bytes, uint64_t offset, Buffer& memory, Allowance& allowance,
@@ -84,6 +107,7 @@ private:
 
     const ItemSource mSource;
     Decoders mDecoders;
+    WholeInflate mWholeInflate;
     Buffer mPatches;  // for an uninstaller's stub
 };
 
