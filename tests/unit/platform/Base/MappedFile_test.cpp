@@ -167,4 +167,25 @@ TEST_F(MappedFileTest, ReachesBeyondFourGigabytes) {
     ::close(memory);
 }
 
+/// Memory of this process that holds pages of files.
+size_t filePages() {
+    std::ifstream statistics("/proc/self/statm");
+    size_t all = 0, resident = 0, shared = 0;
+    statistics >> all >> resident >> shared;
+    return shared * static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+TEST_F(MappedFileTest, ReleasedBytesTakeNoMemoryAndCanBeReadAgain) {
+    constexpr size_t kSize = 32U << 20;
+    writeText(at("a"), std::string(kSize, 'x'));
+    MappedFile file;
+    ASSERT_EQ(file.open(at("a")), MappedFile::Result::Mapped);
+    const auto count = [&] { return std::count(file.data(), file.data() + kSize, 'x'); };
+    EXPECT_EQ(count(), std::ptrdiff_t{kSize});
+    const size_t before = filePages();
+    file.release(file.data() + 1, kSize - 2);
+    EXPECT_LT(filePages() + kSize / 2, before);
+    EXPECT_EQ(count(), std::ptrdiff_t{kSize});
+}
+
 }  // namespace
