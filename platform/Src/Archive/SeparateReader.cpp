@@ -76,7 +76,9 @@ private:
         size_t written = 0;
         const bool whole = mWholeInflate.decode(packed, memory.data() + memory.size(), room, written);
         if (whole) memory.grew(written);
-        return mSource.budget.take(whole ? written : room) ? ErrorCode::ErrorCode_None : ErrorCode::ErrorCode_Limit;
+        // Where it fails it mostly does so at once, and small items have far more room than content.
+        const uint64_t charge = whole ? written : std::min(room, 8 * packed.size());
+        return mSource.budget.take(charge) ? ErrorCode::ErrorCode_None : ErrorCode::ErrorCode_Limit;
     }
 
     ErrorCode readUninstaller(ByteView bytes, uint64_t offset, Buffer& memory, Allowance& allowance,

@@ -113,4 +113,19 @@ INSTANTIATE_TEST_SUITE_P(Packings, OtherBuilder,
                          testing::Combine(testing::ValuesIn(kPackings), testing::ValuesIn(kKinds)),
                          [](const auto& test) { return std::get<0>(test.param).name + std::get<1>(test.param).name; });
 
+class OtherBuilders : public support::PackageFixture {};
+
+TEST_F(OtherBuilders, PackThousandsOfSmallItems) {
+    // What is unpacked in vain on the way does not use up what a package may ask for.
+    SyntheticPackage package(SyntheticPackage::Ansi2);
+    for (int i = 0; i < 10000; ++i) {
+        package.extractFile(package.addText("n" + std::to_string(i)),
+                            package.addPacked(support::bareBlock(std::to_string(i), true)));
+    }
+    ASSERT_TRUE(openBytes(package.build()));
+    ASSERT_TRUE(extract());
+    ASSERT_EQ(mSink->items.size(), 10000u);
+    EXPECT_EQ(mSink->items[9999].content, "9999");
+}
+
 }  // namespace
