@@ -42,20 +42,20 @@ ReadAhead::~ReadAhead() {
 ErrorCode ReadAhead::next(ByteView& content) {
     std::unique_lock lock(mMutex);
     release(mCurrent);
+    mCallerWaits = true;
     if (mThreads.empty()) {
         const size_t index = mWanted;
         lock.unlock();
         readInto(*mReaders.front(), index, mCurrent);
         lock.lock();
     } else {
-        mCallerWaits = true;
         mChanged.notify_all();
         mChanged.wait(lock, [&] { return mDone.contains(mWanted); });
-        mCallerWaits = false;
         auto found = mDone.find(mWanted);
         mCurrent = std::move(found->second);
         mDone.erase(found);
     }
+    mCallerWaits = false;
     ++mWanted;
     lock.unlock();
     mChanged.notify_all();
@@ -120,8 +120,7 @@ bool ReadAhead::waitForMemory(size_t index, size_t bytes) {
     std::unique_lock lock(mMutex);
     mChanged.wait(lock, [&] {
         dropSpares(bytes);
-        return mStop || mCancelled || mHeld + bytes <= mLimit ||
-               (index == mWanted && (mCallerWaits || mThreads.empty()));
+        return mStop || mCancelled || mHeld + bytes <= mLimit || (index == mWanted && mCallerWaits);
     });
     mHeld += bytes;
     return !mStop && !mCancelled;
