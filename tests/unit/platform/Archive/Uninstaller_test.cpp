@@ -13,6 +13,7 @@ ByteView view(const std::string& text) { return {reinterpret_cast<const unsigned
 std::string text(Buffer& buffer) { return {reinterpret_cast<const char*>(buffer.data()), buffer.size()}; }
 
 bool buildUninstaller(ByteView stub, ByteView patches, ByteView data, Buffer& file) {
+    file.clear();
     file.reserve(stub.size() + data.size());
     file.append(stub);
     file.append(data);
