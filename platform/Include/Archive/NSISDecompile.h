@@ -21,7 +21,7 @@
 /// for LZMA takes 64 MiB or 16 times the stream, the header 32 MiB, and 200,000 names 16 MiB. Real files pack to a
 /// tenth at best, a bomb to a thousandth. Packages of up to 2 MiB are thus refused or read in seconds and within 256
 /// MiB. A real package takes its largest item, 32 MiB for what is read ahead, and one LZMA window for each of up to
-/// four threads; with a dictionary beyond 8 MiB there are fewer threads, but two at least.
+/// four threads; with a dictionary beyond 8 MiB there are fewer threads, beyond 16 MiB one.
 class ORV_PLATFORM_API NSISDecompile {
 public:
     NSISDecompile();

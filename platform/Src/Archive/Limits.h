@@ -35,6 +35,6 @@ constexpr uint64_t kNameLimit = 200000;                ///< names in one package
 constexpr uint64_t kNameBytesLimit = 16 * kMebibyte;   ///< of all names together
 constexpr uint64_t kPatchLimit = 16 * kMebibyte;       ///< an uninstaller's icons
 constexpr uint64_t kReadAheadLimit = 32 * kMebibyte;   ///< items decompressed before they are wanted, and spare buffers
-constexpr uint64_t kWindowsTogether = 32 * kMebibyte;  ///< of all threads, unless two threads alone want more
+constexpr uint64_t kWindowsTogether = 32 * kMebibyte;  ///< of all threads, unless one thread alone wants more
 
 }  // namespace Archive

@@ -44,7 +44,7 @@ private:
             readers.push_back(makeSolidReader(source));
             return readers;
         }
-        const uint64_t memory = std::max<uint64_t>(2, kWindowsTogether / std::max(dictionaryOf(source), kMebibyte));
+        const uint64_t memory = std::max<uint64_t>(1, kWindowsTogether / std::max(dictionaryOf(source), kMebibyte));
         const uint64_t threads =
             std::clamp<uint64_t>(std::thread::hardware_concurrency(), 1, std::min(memory, kMostThreads));
         readers.push_back(makeSeparateReader(source));
@@ -52,16 +52,17 @@ private:
         return readers;
     }
 
-    /// All packed items of a package have the same dictionary. @return 0 without LZMA
+    /// The largest of all items: real packages have one for all, but need not. @return 0 without LZMA
     static uint64_t dictionaryOf(const ItemSource& source) {
+        uint64_t largest = 0;
         for (const PackageItem& item : source.items) {
             StoredItem stored;
             if (!readStoredItem(source.body.bytes, item.offset, stored) || !stored.packed) continue;
             const Method method = candidateMethods(stored.bytes).front();
-            if (method == Method::Lzma) return le32(&stored.bytes[1]);
-            return method == Method::LzmaFiltered ? le32(&stored.bytes[2]) : 0;
+            if (method != Method::Lzma && method != Method::LzmaFiltered) continue;
+            largest = std::max<uint64_t>(largest, le32(&stored.bytes[method == Method::Lzma ? 1 : 2]));
         }
-        return 0;
+        return largest;
     }
 
     /// Items packed one by one lie in the order in which they are read; a stream's reader sees to its pages itself.

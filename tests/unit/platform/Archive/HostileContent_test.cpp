@@ -231,6 +231,15 @@ TEST_P(DeclaredDictionary, OfAnItemTakesLittleMemory) {
     EXPECT_EQ(reading.outcome, GetParam().bytes > 1u << 30 ? PackageReading::Failed : PackageReading::Whole);
 }
 
+TEST_P(DeclaredDictionary, OfALaterItemTakesLittleMemory) {
+    SyntheticPackage package;
+    package.extractFile(package.addText("small"), package.addPacked(support::lzmaStream("small")));
+    const std::string packed = stream({});
+    for (const char* name : {"a", "b", "c", "d"}) package.extractFile(package.addText(name), package.addPacked(packed));
+    const PackageReading reading = read(package.build());
+    EXPECT_EQ(reading.outcome, GetParam().bytes > 1u << 30 ? PackageReading::Failed : PackageReading::Whole);
+}
+
 TEST_P(DeclaredDictionary, OfAStreamTakesLittleMemory) {
     SyntheticPackage package;
     package.extractFile(package.addText("a"), package.addData(le32(59u << 20)));
