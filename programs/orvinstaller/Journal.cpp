@@ -215,8 +215,10 @@ bool JournalFile::exists() const {
 }
 
 ErrorInfo JournalFile::read(Journal& journal) const {
+    const bool opens = File(mPath).open(Public::Base::OpenMode_Read);
     const Public::Base::SharedBuffer content = File::load(mPath);
-    const std::string wrong = readJournal(std::string(content.buf(), content.size()), journal);
+    const std::string wrong =
+        opens ? readJournal(std::string(content.buf(), content.size()), journal) : "cannot be read";
     if (wrong.empty()) return {};
     return {Public::Base::ErrorCode_Failed, "the journal of an unfinished upgrade, " + mPath + ", " + wrong};
 }

@@ -35,8 +35,11 @@ std::string readOrder(const std::vector<std::string>& arguments, UpgradeOrder& o
 
     // It is emptied first.
     const std::filesystem::path backup = resolved(order.backupDir);
+    if (backup.empty()) return "BACKUP_DIR cannot be looked at";
     for (const std::string& kept : {order.installDir, order.package, Public::Base::File::getExcutableFileFullPath()}) {
-        if (holds(backup, resolved(kept))) return "BACKUP_DIR holds " + kept;
+        const std::filesystem::path whole = resolved(kept);
+        if (whole.empty()) return kept + " cannot be looked at";
+        if (holds(backup, whole)) return "BACKUP_DIR holds " + kept;
     }
     return {};
 }

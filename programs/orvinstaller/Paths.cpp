@@ -16,8 +16,11 @@ std::string toText(const fs::path& path) {
 }
 
 fs::path resolved(const std::string& path) {
-    std::error_code ignored;
-    const fs::path found = fs::weakly_canonical(fs::absolute(toPath(path), ignored), ignored);
+    std::error_code error;
+    const fs::path whole = fs::absolute(toPath(path), error);
+    if (error) return {};
+    const fs::path found = fs::weakly_canonical(whole, error);
+    if (error) return {};
     return found.has_filename() ? found : found.parent_path();
 }
 

@@ -10,7 +10,8 @@ std::filesystem::path toPath(const std::string& text);
 /// With "/".
 std::string toText(const std::filesystem::path& path);
 
-/// Where the path leads, once links are followed and it is made absolute; without a separator at its end.
+/// Where the path leads, once links are followed and it is made absolute; without a separator at its end. Empty when it
+/// cannot be looked at.
 std::filesystem::path resolved(const std::string& path);
 
 /// True for the directory itself too. Both are resolved.

@@ -37,17 +37,20 @@ public:
         if (isOfJournal(*relative.begin())) return refused(name, "is the name of the journal");
         if (!mParents.contains(parent)) {
             const fs::path leadsTo = resolved(toText(mInstallDir / parent));
+            if (leadsTo.empty()) return refused(name, "cannot be looked at");
             if (!holds(mInstallDir, leadsTo)) return refused(name, "leads outside");
             if (holds(mBackupDir, leadsTo)) return refused(name, "leads into the backup");
             fs::path level;
-            for (const auto& part : parent) noteDirectory(level /= part);
+            for (const auto& part : parent) {
+                if (!noteDirectory(level /= part)) return refused(name, "cannot be looked at");
+            }
             mParents.insert(parent);
         }
         return mNames.insert(name).second ? noteFile(name) : ErrorInfo();
     }
 
-    /// Directories first, each before those in it, since they are the last to be undone; added files last, so that their
-    /// space is free again by the time that others are restored.
+    /// Directories first, each before those in it, since they are the last to be undone; added files last, so that
+    /// their space is free again by the time that others are restored.
     void finish() {
         mJournal.entries = std::move(mDirectories);
         mJournal.entries.insert(mJournal.entries.end(), mReplaced.begin(), mReplaced.end());
@@ -55,12 +58,14 @@ public:
     }
 
 private:
-    void noteDirectory(const fs::path& relative) {
-        if (!mLookedAt.insert(relative).second) return;
+    bool noteDirectory(const fs::path& relative) {
+        if (!mLookedAt.insert(relative).second) return true;
         std::error_code ignored;
-        const auto status = fs::symlink_status(mInstallDir / relative, ignored);
-        if (status.type() != fs::file_type::not_found) return;
-        mDirectories.push_back({JournalEntry::Kind::MadeDirectory, toText(relative), 0, 0, {}});
+        const fs::file_type type = fs::symlink_status(mInstallDir / relative, ignored).type();
+        if (type == fs::file_type::not_found) {
+            mDirectories.push_back({JournalEntry::Kind::MadeDirectory, toText(relative), 0, 0, {}});
+        }
+        return type != fs::file_type::none;
     }
 
     ErrorInfo noteFile(const std::string& name) {
@@ -99,6 +104,9 @@ std::string plainName(const std::string& name) {
 
 ErrorInfo planUpgrade(const std::string& installDir, const std::string& backupDir,
                       const std::vector<std::string>& names, Journal& journal) {
+    for (const std::string& directory : {installDir, backupDir}) {
+        if (resolved(directory).empty()) return refused(directory, "cannot be looked at");
+    }
     Planner planner(installDir, backupDir, journal);
     for (const auto& name : names) {
         if (ErrorInfo error = planner.add(plainName(name))) return error;

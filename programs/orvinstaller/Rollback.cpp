@@ -32,13 +32,38 @@ ErrorInfo syncAll(const std::set<fs::path>& paths) {
     return Durability::syncAll(texts) ? ErrorInfo() : ErrorInfo::getLastError();
 }
 
+bool openForRestore(File& file, const std::string& path) {
+    if (file.open(path, Public::Base::OpenMode_Create)) return true;
+    // One that may not be written, being read-only or a running program, is made anew.
+    return File::remove(path) && file.open(path, Public::Base::OpenMode_Create);
+}
+
+/// Writes to the file itself, which so keeps its owner and its other names, and leaves nothing beside it when it is
+/// broken off; the journal sees to a file that is half written.
+ErrorInfo writeContent(const std::string& from, const std::string& to) {
+    File input(from);
+    if (!input.open(Public::Base::OpenMode_Read)) return ErrorInfo::getLastError();
+    File output;
+    if (!openForRestore(output, to)) return ErrorInfo::getLastError();
+    const uint64_t length = File::getLength(from);
+    std::string piece(1 << 18, '\0');
+    for (uint64_t done = 0; done < length;) {
+        const size_t got = input.read(piece.data(), piece.size());
+        if (got == 0) return {Public::Base::ErrorCode_Failed, from + " cannot be read to its end"};
+        if (output.write(piece.data(), got) != got) return ErrorInfo::getLastError();
+        done += got;
+    }
+    return output.close() ? ErrorInfo() : ErrorInfo::getLastError();
+}
+
 /// Bits beyond those for reading, writing and executing lend the owner's rights, so they go only where the owner
 /// stayed.
 ErrorInfo restoreFile(const JournalEntry& entry, const std::string& installDir, const std::string& backupDir) {
     const fs::path path = toPath(below(installDir, entry.name));
     const fs::file_type there = typeOf(path);
     if (there == fs::file_type::symlink && !File::remove(toText(path))) return ErrorInfo::getLastError();
-    if (ErrorInfo error = Tarnwick::OrvUpdate::OrvBackup(backupDir).restore(entry.name, installDir)) return error;
+    if (!File::makeDirectory(toText(path.parent_path()))) return ErrorInfo::getLastError();
+    if (ErrorInfo error = writeContent(below(backupDir, entry.name), toText(path))) return error;
     auto permissions = static_cast<fs::perms>(entry.permissions);
     if (there != fs::file_type::regular) permissions &= fs::perms::all;
     std::error_code error;
@@ -90,8 +115,10 @@ ErrorInfo undoEntry(const JournalEntry& entry, const std::string& installDir, co
 }  // namespace
 
 ErrorInfo makeLastingDirectory(const std::string& path) {
+    const fs::path whole = resolved(path);
+    if (whole.empty()) return {Public::Base::ErrorCode_Failed, path + " cannot be looked at"};
     std::set<fs::path> changed;
-    for (fs::path at = resolved(path); typeOf(at) == fs::file_type::not_found; at = at.parent_path()) {
+    for (fs::path at = whole; typeOf(at) == fs::file_type::not_found; at = at.parent_path()) {
         changed.insert({at, at.parent_path()});
     }
     if (!File::makeDirectory(path)) return ErrorInfo::getLastError();

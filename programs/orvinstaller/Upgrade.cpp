@@ -95,7 +95,9 @@ private:
     /// Makes the install directory, told in a journal of its own, since a plan needs it there and locked.
     ErrorInfo claimNewDirectory() {
         if (File::access(mOrder.installDir, Public::Base::AccessMode_Exists)) return {};
-        Journal journal{toText(resolved(mOrder.installDir)), {{JournalEntry::Kind::MadeDirectory, "", 0, 0, {}}}};
+        const std::string whole = toText(resolved(mOrder.installDir));
+        if (whole.empty()) return failed(mOrder.installDir + " cannot be looked at");
+        Journal journal{whole, {{JournalEntry::Kind::MadeDirectory, "", 0, 0, {}}}};
         if (ErrorInfo error = mFile.write(journal)) return error;
         const ErrorInfo error = makeLastingDirectory(mOrder.installDir);
         // One that is locked is somebody else's, who made it at the same time.

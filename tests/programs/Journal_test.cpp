@@ -159,7 +159,7 @@ TEST(JournalFile, ThatCannotBeReadIsAnErrorNotNone) {
     const auto error = file.read(back);
     EXPECT_EQ(error.errorCode(), -1);
     EXPECT_EQ(error.errorMessage(),
-              "the journal of an unfinished upgrade, " + dir.path() + "/orvinstaller.journal, is damaged");
+              "the journal of an unfinished upgrade, " + dir.path() + "/orvinstaller.journal, cannot be read");
 }
 
 TEST(JournalFile, WithoutADirectoryCannotBeWritten) {
