@@ -57,6 +57,13 @@ void readFiles(const std::string& tree, int count) {
     }
 }
 
+/// Each run copies into a directory of its own, and all stay to the end: the file system is slow to make files where
+/// many were removed a moment ago.
+std::string nextDirectory() {
+    static int sRuns = 0;
+    return freshDirectory("copies/" + std::to_string(sRuns++));
+}
+
 Row beside(const std::string& peer, const std::string& tree, int count, std::optional<double> target) {
     std::string copies;
     return compare(
@@ -67,7 +74,7 @@ Row beside(const std::string& peer, const std::string& tree, int count, std::opt
                       const auto copied = std::distance(fs::directory_iterator(copies), fs::directory_iterator());
                       require(copied == kImported + 1, "copied: " + std::to_string(copied));
                   },
-                  [&] { copies = freshDirectory("copies"); }},
+                  [&] { copies = nextDirectory(); }},
          .theirs = {[&] { readFiles(tree, count); }},
          .amount = kImported,
          .unit = "modules/s",
