@@ -13,6 +13,14 @@ public:
     MemoryMeter();
     /// The most bytes that were allocated at once since then, beyond those of the beginning.
     uint64_t peak() const;
+    /// How many times over a growing block lies in memory: a sanitizer copies it, the system's own malloc moves pages.
+    static constexpr uint64_t copiesOfAGrowingBlock() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        return 2;
+#else
+        return 1;
+#endif
+    }
 
 private:
     int64_t mBegin;

@@ -106,11 +106,13 @@ void ReadAhead::dropSpares(size_t bytes) {
 }
 
 void ReadAhead::release(Slot& slot) {
-    if (slot.memory.capacity() != 0 && mSpare.size() <= mReaders.size()) {
+    constexpr size_t kLargestSpare = 8u << 20;  // what a small item would hold in vain
+    const size_t capacity = slot.memory.capacity();
+    if (capacity != 0 && capacity <= kLargestSpare && mSpare.size() <= mReaders.size()) {
         mSpare.push_back(std::move(slot.memory));
     } else {
         // An allocation that failed was granted all the same; what is held is counted by what there is.
-        mHeld -= std::min(mHeld, slot.memory.capacity());
+        mHeld -= std::min(mHeld, capacity);
     }
     dropSpares(0);
     slot = Slot();

@@ -9,8 +9,6 @@
 namespace Archive {
 namespace {
 
-constexpr size_t kUsualLeast = 1u << 16;
-
 class SeparateReader : public ItemReader {
 public:
     explicit SeparateReader(const ItemSource& source) : mSource(source) {}
@@ -40,11 +38,12 @@ private:
 
     /// Adds the item to the memory. @param limit of its bytes   @param content all that the memory holds then
     ErrorCode unpack(ByteView packed, uint64_t limit, Buffer& memory, Allowance& allowance, ByteView& content) {
-        constexpr size_t kUsualRatio = 5, kLargestGuess = 32u << 20;
+        // What is reserved keeps other items waiting, and a block grows at little cost.
+        constexpr size_t kUsualRatio = 3, kLargestGuess = 4u << 20;
         const size_t guess = std::min(packed.size() * kUsualRatio, kLargestGuess), before = memory.size();
         for (const Method method : candidateMethods(packed)) {
             if (method == Method::Deflate) {
-                const ErrorCode error = unpackAtOnce(packed, guess, limit, memory, allowance);
+                const ErrorCode error = unpackAtOnce(packed, limit, memory, allowance);
                 if (error != ErrorCode::ErrorCode_None) return error;
                 if (memory.size() != before) {
                     content = memory.view();
@@ -68,9 +67,11 @@ private:
     }
 
     /// Adds an item that unpacks to what is usual to the memory, or leaves it as it is.
-    ErrorCode unpackAtOnce(ByteView packed, size_t guess, uint64_t limit, Buffer& memory, Allowance& allowance) {
+    ErrorCode unpackAtOnce(ByteView packed, uint64_t limit, Buffer& memory, Allowance& allowance) {
+        constexpr size_t kHighRatio = 5, kLeast = 1u << 16, kMost = 32u << 20;
         if (allowance.stopped()) return ErrorCode::ErrorCode_Cancelled;
-        const auto room = static_cast<size_t>(std::min<uint64_t>(std::max(guess, kUsualLeast), limit));
+        const auto room =
+            static_cast<size_t>(std::min<uint64_t>(std::clamp(packed.size() * kHighRatio, kLeast, kMost), limit));
         if (packed.size() > room) return ErrorCode::ErrorCode_None;
         if (!reserveMore(memory, room, allowance)) return ErrorCode::ErrorCode_Cancelled;
         size_t written = 0;

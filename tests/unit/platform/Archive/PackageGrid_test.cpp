@@ -187,7 +187,9 @@ protected:
         const support::MemoryMeter meter;
         ASSERT_TRUE(mReader.open(path(), ""));
         ASSERT_TRUE(mReader.extract(sink));
-        EXPECT_LE(meter.peak(), largest + (uint64_t{64} << 20));
+        // The block is up to an eighth larger than the item, which matters where there are two of them.
+        const uint64_t growing = (support::MemoryMeter::copiesOfAGrowingBlock() - 1) * (largest + largest / 8);
+        EXPECT_LE(meter.peak(), largest + growing + (uint64_t{64} << 20));
         EXPECT_EQ(sink->closed, files.size());
         EXPECT_TRUE(sink->same);
     }
