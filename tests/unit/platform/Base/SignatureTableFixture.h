@@ -6,7 +6,7 @@
 namespace support {
 
 enum class Ours { Good, Bad, Unsigned };
-enum class Tool { Accepts, Refuses };
+enum class Tool { Accepts, Refuses, DependsOnItsVersion };
 
 class SignatureTableFixture;
 
