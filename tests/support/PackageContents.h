@@ -12,7 +12,8 @@ namespace support {
 /// A kind of content, for a package of any storage.
 struct PackageContents {
     std::string name;
-    /// Adds the content to the specification. @return item names as the reader spells them, with what they hold
+    /// Adds the content to what the package is to hold. @return item names as the reader spells them, with what they
+    /// hold
     std::map<std::string, std::string> (*add)(PackageSpec& spec);
     /// Whether 7zz gives the items the same names: it knows neither strings of the language nor a package's code page.
     enum Spelling { Alike, AlikeInUnicode, Apart } spelling = Alike;
