@@ -1,4 +1,6 @@
 // The launched installer, killed at random moments and started again.
+#include <poll.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,8 +28,7 @@ public:
     }
     /// @return true when it was killed at that moment
     bool killAfter(Clock::duration delay) {
-        const auto moment = Clock::now() + delay;
-        while (Clock::now() < moment && !hasEnded()) std::this_thread::sleep_for(std::chrono::microseconds(100));
+        waitForEnd(delay);
         if (mEnded) return false;
         ::kill(mProcess, SIGKILL);
         ::waitpid(mProcess, &mStatus, 0);
@@ -40,9 +41,16 @@ public:
     }
 
 private:
-    bool hasEnded() {
-        mEnded = mEnded || ::waitpid(mProcess, &mStatus, WNOHANG) != 0;
-        return mEnded;
+    /// At most so long.
+    void waitForEnd(Clock::duration delay) {
+        const int process = static_cast<int>(::syscall(SYS_pidfd_open, mProcess, 0));
+        pollfd end{process, POLLIN, 0};
+        const auto left =
+            std::chrono::duration_cast<std::chrono::nanoseconds>(std::max(delay, Clock::duration::zero())).count();
+        const timespec most{left / 1000000000, left % 1000000000};
+        EXPECT_GE(::ppoll(&end, 1, &most, nullptr), 0);
+        ::close(process);
+        mEnded = ::waitpid(mProcess, &mStatus, WNOHANG) != 0;
     }
     const pid_t mProcess;
     bool mEnded = false;

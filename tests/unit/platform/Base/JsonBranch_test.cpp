@@ -1,19 +1,13 @@
 // Arrays and objects that were read, changed and grown; the parts that are text still and those that are not.
 #include "Base/JsonBranch.h"
 
+#include "JsonDocuments.h"
+
 using Public::Base::JsonValue;
-using Public::Base::SharedBuffer;
-using Public::Base::WriteStyle_Indented;
+using support::parse;
+using support::write;
 
 namespace {
-
-std::string write(const JsonValue& value) { return value.toStyledString(WriteStyle_Indented).toStdString(); }
-
-JsonValue parse(const std::string& text) {
-    JsonValue value;
-    EXPECT_FALSE(value.read(SharedBuffer(text))) << text;
-    return value;
-}
 
 TEST(JsonBranch, ReferenceStaysGoodWhileTheArrayGrows) {
     JsonValue value = parse("[1,2]");

@@ -2,21 +2,16 @@
 
 #include <limits>
 
+#include "JsonDocuments.h"
+
 using Public::Base::JsonText;
 using Public::Base::JsonValue;
 using Public::Base::SharedBuffer;
 using Public::Base::ValueType_Null;
-using Public::Base::WriteStyle_Indented;
+using support::parse;
+using support::write;
 
 namespace {
-
-std::string write(const JsonValue& value) { return value.toStyledString(WriteStyle_Indented).toStdString(); }
-
-JsonValue parse(const std::string& text) {
-    JsonValue value;
-    EXPECT_FALSE(value.read(SharedBuffer(text))) << text;
-    return value;
-}
 
 TEST(JsonText, NullWritesAsNull) { EXPECT_EQ(write(JsonValue(ValueType_Null)), "null"); }
 
