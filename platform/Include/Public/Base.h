@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Public/Base/Clock.h"
+#include "Public/Base/DetachedThread.h"
 #include "Public/Base/Directory.h"
 #include "Public/Base/DirectoryLock.h"
 #include "Public/Base/Durability.h"

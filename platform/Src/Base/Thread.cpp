@@ -4,6 +4,7 @@
 #include <mutex>
 #include <system_error>
 
+#include "Base/SleepWatch.h"
 #include "Base/ThreadName.h"
 #include "Public/Base/Clock.h"
 #include "Public/Base/ErrorInfo.h"
@@ -71,6 +72,7 @@ bool Thread::letGoOfOwnThread() {
 void Thread::sleep(unsigned int milliseconds) {
     const auto clock = Clock::current();
     const uint64_t deadline = clock->milliseconds() + milliseconds;
+    const SleepWatch watch(deadline);
     std::mutex mutex;
     std::condition_variable never;
     std::unique_lock lock(mutex);
