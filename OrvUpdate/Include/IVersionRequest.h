@@ -1,7 +1,9 @@
 // The object that a host makes once: catalogue, cloud requests, installation.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "IReleaseHistory.h"
@@ -18,12 +20,20 @@ using Public::Network::IOWorker;
 using Tarnwick::MQ::TWMQClient;
 using Tarnwick::MQ::TWMQServer;
 using Tarnwick::MQ::TWMQSystemServer;
+using Tarnwick::MQ::TWServerInfo;
 
 /// Asks the host whether a package may be installed. Gets the version text; may fill the two texts, which travel to the
 /// launched installer unread. False refuses.
 using PackageCallback = Function<bool(const std::string& version, std::string& first, std::string& second)>;
 /// Tells the host that the installer has been launched, so that it can end itself.
 using CheckCallback = Function<bool()>;
+/// Follows a request to the nodes of the cluster: called once for each node, and after them, where the update cloud is
+/// asked too, once more. Runs on queue threads, several at once; on the caller's for nodes without a connection; on an
+/// IOWorker thread for the call after the cloud.
+/// @param nodeId the node that answered; empty for one without a connection (code 0) and for the call after the cloud
+/// @param result that node's or the cloud's; -202 for a node that did not answer in 60 seconds
+/// @param isLast true in the last call alone, which begins when the others have returned
+using RequestFinished = Function<void(const std::string& nodeId, const ErrorInfo& result, bool isLast)>;
 
 /// Operations may be called from any thread; those that move data return at once and end in a callback. Callbacks run
 /// with no lock held.
@@ -56,6 +66,22 @@ public:
     virtual ErrorInfo stop() = 0;
     /// Sets the version that cloud requests report, until the next start. @return code 0
     virtual ErrorInfo setRequestVersion(const Version& version) = 0;
+
+    /// Names nodes that every request to the cluster asks beside the servers that the queue knows. @return code 0
+    virtual ErrorInfo setOtherNodes(const std::set<std::string>& nodes) = 0;
+    /// @return code 0
+    virtual ErrorInfo getOtherNodes(std::set<std::string>& nodes) = 0;
+    /// Asks every node to ask the update cloud and to tell its catalogue, then asks the cloud from here. The answers
+    /// together replace the entries learnt from nodes; without a node to ask, all entries that are not on this disk go
+    /// and the cloud is not asked. After the last call of `callback` the other nodes are told to look again, or the
+    /// callback of registerVersionRequestNotify runs. Never ends when a link refuses a request, or when this object
+    /// goes. @return code 0; on a server `callback` gets -1: servers name the nodes that they ask
+    virtual ErrorInfo requestVersion(const RequestFinished& callback) = 0;
+    /// Asks these servers for their catalogues as they stand. @return code 0; failures go to `callback`
+    virtual ErrorInfo querySystemVersion(const std::map<std::string, TWServerInfo>& servers,
+                                         const RequestFinished& callback) = 0;
+    /// The same of every node, on a client.
+    virtual ErrorInfo querySystemVersion(const RequestFinished& callback) = 0;
 
     /// Brings the package of a catalogue entry to this disk, tests it, launches the installer program and lets the host
     /// end itself. Returns at once when a transfer has been started.
@@ -93,6 +119,13 @@ public:
                                                          VersionSource source, const Version& than) = 0;
     /// The running version, as start was given it. The reference holds for the life of the object.
     virtual const Version& getCurVersion() = 0;
+    /// Forgets the release notes, asks every server of the cluster to ask the cloud for them and to tell what it has,
+    /// then asks the cloud from here, unless the last node to be done with had no connection. The notes enter as they
+    /// come. Never ends when a link refuses a request, or when this object goes. @return code 0; when no server is
+    /// known `callback` gets -1 twice, both as the last call
+    virtual ErrorInfo requestReleaseHistory(const RequestFinished& callback) = 0;
+    /// The same for the notes as they stand, without the cloud.
+    virtual ErrorInfo queryReleaseHistory(const RequestFinished& callback) = 0;
     /// A copy of the release notes.
     virtual ReleaseHistorySet getReleaseHistory() = 0;
 
@@ -106,7 +139,9 @@ public:
     virtual void requestVersionFromHttp(const Function<void(const ErrorInfo&)>& callback, bool unused) = 0;
     /// @param callback runs, on a queue thread, when the server tells a client that there may be a newer version
     virtual void registerNewestVersionNotify(const Function<void()>& callback) = 0;
-    /// @param callback runs instead of telling the other nodes when this node has learnt of versions
+    /// @param callback runs instead of telling the other nodes when this node has learnt of versions, and when a peer
+    ///                 tells that it has. At the end of requestVersion it runs on the thread of that end: it must not
+    ///                 call requestVersion itself, which would go on for ever
     virtual void registerVersionRequestNotify(const Function<void()>& callback) = 0;
 };
 

@@ -3,8 +3,10 @@
 
 #include <atomic>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 
 #include "IGetServerId.h"
@@ -41,6 +43,12 @@ public:
                     const CheckCallback& checkCallback, const std::string& downloadDir) override;
     ErrorInfo stop() override;
     ErrorInfo setRequestVersion(const Version& version) override;
+    ErrorInfo setOtherNodes(const std::set<std::string>& nodes) override;
+    ErrorInfo getOtherNodes(std::set<std::string>& nodes) override;
+    ErrorInfo requestVersion(const RequestFinished& callback) override;
+    ErrorInfo querySystemVersion(const std::map<std::string, TWServerInfo>& servers,
+                                 const RequestFinished& callback) override;
+    ErrorInfo querySystemVersion(const RequestFinished& callback) override;
     ErrorInfo install(const std::shared_ptr<IVersion>& version, const std::string& installDir, bool flag,
                       const Function<void(const ErrorInfo&)>& onError, const Function<void()>& onDownloaded,
                       const Function<void()>& onInstalling) override;
@@ -56,6 +64,8 @@ public:
                                                  VersionType versionType, VersionSource source,
                                                  const Version& than) override;
     const Version& getCurVersion() override;
+    ErrorInfo requestReleaseHistory(const RequestFinished& callback) override;
+    ErrorInfo queryReleaseHistory(const RequestFinished& callback) override;
     ReleaseHistorySet getReleaseHistory() override;
     void requestReleaseHistoryFromHttp(const Function<void(const ErrorInfo&)>& callback, bool clear) override;
     void requestVersionFromHttp(const Function<void(const ErrorInfo&)>& callback, bool unused) override;
@@ -124,6 +134,19 @@ private:
     /// Sends one GET; `finished` gets the checked result and the body. @return false when the request was refused
     bool sendCloudRequest(const std::string& url, const Function<void(const ErrorInfo&, const std::string&)>& finished);
 
+    // ClusterRequests.cpp
+    ErrorInfo _requestVersion(const std::string& topic, const RequestFinished& callback);
+    ErrorInfo _requestVersion(const std::string& topic, const std::set<std::string>& nodes,
+                              const RequestFinished& callback);
+    ErrorInfo _requestReleaseHistory(const std::string& topic, const RequestFinished& callback);
+    ErrorInfo _requestReleaseHistory(const std::string& topic, const std::set<std::string>& nodes,
+                                     const RequestFinished& callback);
+    ErrorInfo notifyAllNodeCheckUpgrade();
+    std::shared_ptr<TWMQSystemServer> systemServer() const;
+    std::shared_ptr<Tarnwick::MQ::MQConnection> linkTo(const std::string& nodeId) const;
+    std::shared_ptr<Tarnwick::MQ::MQConnection> linkToReachable(const std::string& nodeId) const;
+    std::set<std::string> withOtherNodes(std::set<std::string> nodes) const;
+
     // Install.cpp
     void onPackageArrived(const std::shared_ptr<RunningInstall>& install);
     void releaseInstall(const std::shared_ptr<RunningInstall>& install);
@@ -143,7 +166,7 @@ private:
 
     std::shared_ptr<IOWorker> mIOWorker;
     std::mutex mStartMutex;           // orders start and stop; the outermost lock
-    mutable std::mutex mStateMutex;   // guards the two versions and mDownloadDir; an innermost lock
+    mutable std::mutex mStateMutex;   // guards the two versions, mOtherNodes and mDownloadDir; innermost
     std::list<Version> mCurVersions;  // the last one is in force; older ones stay for references handed out
     Version mRequestVersion;
     std::mutex mVersionMutex;  // guards the two sets; never held across a callback
@@ -158,6 +181,7 @@ private:
     std::atomic<bool> mInstallCancel{false};
     std::string mDownloadDir;
     VersionType mVersionType;
+    std::set<std::string> mOtherNodes;
     Function<void()> mNewestVersionNotify;
     CheckCallback mCheckCallback;
     PackageCallback mPackageCallback;

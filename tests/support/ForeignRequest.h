@@ -14,6 +14,13 @@ public:
     }
     ErrorInfo stop() override { return {}; }
     ErrorInfo setRequestVersion(const Version&) override { return {}; }
+    ErrorInfo setOtherNodes(const std::set<std::string>&) override { return {}; }
+    ErrorInfo getOtherNodes(std::set<std::string>&) override { return {}; }
+    ErrorInfo requestVersion(const RequestFinished&) override { return {}; }
+    ErrorInfo querySystemVersion(const std::map<std::string, TWServerInfo>&, const RequestFinished&) override {
+        return {};
+    }
+    ErrorInfo querySystemVersion(const RequestFinished&) override { return {}; }
     ErrorInfo install(const std::shared_ptr<IVersion>&, const std::string&, bool,
                       const Function<void(const ErrorInfo&)>&, const Function<void()>&,
                       const Function<void()>&) override {
@@ -32,6 +39,8 @@ public:
         return nullptr;
     }
     const Version& getCurVersion() override { return mVersion; }
+    ErrorInfo requestReleaseHistory(const RequestFinished&) override { return {}; }
+    ErrorInfo queryReleaseHistory(const RequestFinished&) override { return {}; }
     ReleaseHistorySet getReleaseHistory() override { return {}; }
     void requestReleaseHistoryFromHttp(const Function<void(const ErrorInfo&)>&, bool) override {}
     void requestVersionFromHttp(const Function<void(const ErrorInfo&)>&, bool) override {}
