@@ -47,6 +47,15 @@ struct VersionRequestAccess {
         VersionRequest& request, const std::shared_ptr<Tarnwick::MQ::MQMessage>& message) {
         return request.onNewestVersionNotify(message);
     }
+    static ErrorInfo notifyAllNodes(VersionRequest& request) { return request.notifyAllNodeCheckUpgrade(); }
+    static ErrorInfo askForVersions(VersionRequest& request, const std::string& topic,
+                                    const std::set<std::string>& nodes, const RequestFinished& callback) {
+        return request._requestVersion(topic, nodes, callback);
+    }
+    static ErrorInfo askForHistories(VersionRequest& request, const std::string& topic,
+                                     const std::set<std::string>& nodes, const RequestFinished& callback) {
+        return request._requestReleaseHistory(topic, nodes, callback);
+    }
     static std::shared_ptr<VersionService> service(const VersionRequest& request) {
         return request.mVersionService.get();
     }
