@@ -30,17 +30,13 @@ inline RequestFinished into(const support::Received<Heard>& calls) {
     };
 }
 
-inline std::string versionDocument(const VersionSet& versions) {
-    std::string text;
-    OrvVersion::buildVersion(versions, text);
-    return text;
-}
-
 /// The document of a node that holds these versions.
 inline std::string versionDocument(const std::vector<const char*>& versions) {
     VersionSet set;
     for (const char* version : versions) set.insert(support::entry(version, 1));
-    return versionDocument(set);
+    std::string text;
+    OrvVersion::buildVersion(set, text);
+    return text;
 }
 
 inline ReleaseHistorySet notesOf(const std::string& cloudRecords) {
