@@ -15,5 +15,6 @@
 #include "OrvBackup.h"
 #include "OrvInstaller.h"
 #include "OrvVersion.h"
+#include "RemoteDownload.h"
 #include "VersionRequest.h"
 #include "VersionService.h"
