@@ -25,6 +25,16 @@ public:
                                                             const std::shared_ptr<IVersion>& version,
                                                             const std::string& installDir);
 
+    /// Makes an installer that has a server of the cluster install the version on itself; for host programs in a client
+    /// role. It is not started: start tells the server, then getProgress asks how far it is, as often as it is called.
+    /// The end is finish true, or an error in getError, which gives -1 once 180 seconds have gone since the start.
+    /// @param request a VersionRequest, whose queue client is used   @param serverId of the server
+    /// @return the installer, never null; its start gives -1 when the request is of another class, has no queue client,
+    ///         or an argument is null
+    static std::shared_ptr<IInstaller> createRemoteInstaller(const std::shared_ptr<IVersionRequest>& request,
+                                                             const std::shared_ptr<IVersion>& version,
+                                                             const std::string& serverId);
+
     virtual ~IInstaller() = default;
     /// Begins the installation into installDir.
     virtual ErrorInfo start(const std::string& installDir, bool flag, const Function<void()>& callback) = 0;

@@ -7,11 +7,15 @@
 
 #include "IInstaller.h"
 #include "IVersionRequest.h"
+#include "Public/Base/SafeSharedPtr.h"
 #include "Tarnwick/MQ/MQDispatcher.h"
 
 namespace Tarnwick::OrvUpdate {
 
+class AgentInstaller;
+class OrvVersion;
 class VersionRequest;
+class PendingExits;
 
 /// Subscribes the topics of the update engine on one dispatcher and answers each from the node's VersionRequest. Must
 /// be owned by a std::shared_ptr before start. Handlers run on the queue's threads; set the version and the cache
@@ -49,6 +53,17 @@ private:
     Message onMQQueryReleaseHistoryCallback(const Message& message);
     Message onMQNotifyUpdateCallback(const Message& message);
 
+    // InstallTopics.cpp
+    Message onMQStartInstallCallback(const Message& message);
+    Message onMQGetInstallPosCallback(const Message& message);
+    Message onMQStartDownloadCallback(const Message& message);
+    Message onMQGetDownloadPosCallback(const Message& message);
+    /// Runs an installation to the launch of its installer, on this thread, and lets the host end afterwards.
+    ErrorInfo install(const std::shared_ptr<IVersion>& version, VersionType role);
+    Message runningPosition(const Message& message, const Version& wanted);
+    /// An object that a document can be read into, to name a version.
+    std::shared_ptr<OrvVersion> makeVersion() const;
+
     /// Null when the request is for this node; a message with an error when it could not be passed on; a message
     /// without one when it has been.
     Message routeToTarget(const std::string& target, const Message& message);
@@ -58,6 +73,7 @@ private:
 
     std::shared_ptr<Tarnwick::MQ::MQDispatcher> mDispatcher;
     std::shared_ptr<IInstaller> mInstallerGiven;
+    SafeSharedPtr<AgentInstaller> mStartedInstaller;  // of the last installation that a peer has asked for
     std::weak_ptr<VersionRequest> mVersionRequest;
     PackageCallback mPackageCallback;
     CheckCallback mCheckCallback;
@@ -65,6 +81,7 @@ private:
     Version mCurrentVersion;
     std::string mDownloadCache;
     std::shared_ptr<IOWorker> mIOWorker;
+    const std::shared_ptr<PendingExits> mPendingExits;
 };
 
 }  // namespace Tarnwick::OrvUpdate

@@ -4,6 +4,7 @@
 #include "TWProtocol/TWProtoUser.h"
 #include "Tarnwick/MQ/TWMQSystemServer.h"
 #include "VersionRequest.h"
+#include "VersionService/PendingExits.h"
 
 namespace Tarnwick::OrvUpdate {
 
@@ -11,7 +12,10 @@ using Tarnwick::MQ::MQDispatcher;
 
 VersionService::VersionService(std::shared_ptr<IOWorker> worker, const std::shared_ptr<MQDispatcher>& dispatcher,
                                const std::shared_ptr<IInstaller>& installer)
-    : mDispatcher(dispatcher), mInstallerGiven(installer), mIOWorker(std::move(worker)) {}
+    : mDispatcher(dispatcher),
+      mInstallerGiven(installer),
+      mIOWorker(std::move(worker)),
+      mPendingExits(std::make_shared<PendingExits>()) {}
 
 VersionService::VersionService(std::shared_ptr<IOWorker> worker, const std::shared_ptr<MQDispatcher>& dispatcher,
                                const std::shared_ptr<VersionRequest>& request, const PackageCallback& packageCallback,
@@ -20,7 +24,8 @@ VersionService::VersionService(std::shared_ptr<IOWorker> worker, const std::shar
       mVersionRequest(request),
       mPackageCallback(packageCallback),
       mCheckCallback(checkCallback),
-      mIOWorker(std::move(worker)) {}
+      mIOWorker(std::move(worker)),
+      mPendingExits(std::make_shared<PendingExits>()) {}
 
 VersionService::~VersionService() { stop(); }
 
@@ -32,6 +37,10 @@ ErrorInfo VersionService::start() {
         {"topic_upgrade_requestreleasehistory", &VersionService::onMQRequestReleaseHistoryCallback},
         {"topic_upgrade_queryversion", &VersionService::onMQQueryVersionCallback},
         {"topic_upgrade_queryreleasehistory", &VersionService::onMQQueryReleaseHistoryCallback},
+        {"topic_upgrade_startinstall", &VersionService::onMQStartInstallCallback},
+        {"topic_upgrade_getinstallpos", &VersionService::onMQGetInstallPosCallback},
+        {"topic_upgrade_startdownload", &VersionService::onMQStartDownloadCallback},
+        {"topic_upgrade_getdownloadpos", &VersionService::onMQGetDownloadPosCallback},
         {"topic_upgrade_notifyupdate", &VersionService::onMQNotifyUpdateCallback},
     };
     const std::weak_ptr<VersionService> weak = shared_from_this();
