@@ -14,8 +14,9 @@ namespace Tarnwick::OrvUpdate {
 
 class AgentInstaller;
 class OrvVersion;
-class VersionRequest;
 class PendingExits;
+class VersionRequest;
+struct FileWriterManager;
 
 /// Subscribes the topics of the update engine on one dispatcher and answers each from the node's VersionRequest. Must
 /// be owned by a std::shared_ptr before start. Handlers run on the queue's threads; set the version and the cache
@@ -34,7 +35,7 @@ public:
 
     /// Subscribes. @return -1 without a dispatcher
     ErrorInfo start();
-    /// Unsubscribes; handlers that run already go on. @return code 0
+    /// Unsubscribes and lets go of the open transfers; handlers that run already go on. @return code 0
     ErrorInfo stop();
     ErrorInfo getCurrentVersion(Version& version);
     ErrorInfo setCurrentVersion(const Version& version);
@@ -61,8 +62,15 @@ private:
     /// Runs an installation to the launch of its installer, on this thread, and lets the host end afterwards.
     ErrorInfo install(const std::shared_ptr<IVersion>& version, VersionType role);
     Message runningPosition(const Message& message, const Version& wanted);
+
+    // TransferTopics.cpp
+    Message onMQDownloadVersionCallback(const Message& message);
     /// An object that a document can be read into, to name a version.
     std::shared_ptr<OrvVersion> makeVersion() const;
+    /// The version that a version document names, with this node's store; null when the document does not parse.
+    std::shared_ptr<OrvVersion> versionOf(const std::string& versionInfo, ErrorInfo& error) const;
+    /// This node's entry of the same version; null when there is none.
+    static std::shared_ptr<IVersion> entryOf(VersionRequest& request, const OrvVersion& version);
 
     /// Null when the request is for this node; a message with an error when it could not be passed on; a message
     /// without one when it has been.
@@ -80,6 +88,7 @@ private:
     mutable std::mutex mStateMutex;  // guards the next two
     Version mCurrentVersion;
     std::string mDownloadCache;
+    SafeSharedPtr<FileWriterManager> mFileWriters;  // set while started
     std::shared_ptr<IOWorker> mIOWorker;
     const std::shared_ptr<PendingExits> mPendingExits;
 };

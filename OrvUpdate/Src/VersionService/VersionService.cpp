@@ -4,6 +4,7 @@
 #include "TWProtocol/TWProtoUser.h"
 #include "Tarnwick/MQ/TWMQSystemServer.h"
 #include "VersionRequest.h"
+#include "VersionService/FileWriterManager.h"
 #include "VersionService/PendingExits.h"
 
 namespace Tarnwick::OrvUpdate {
@@ -37,6 +38,7 @@ ErrorInfo VersionService::start() {
         {"topic_upgrade_requestreleasehistory", &VersionService::onMQRequestReleaseHistoryCallback},
         {"topic_upgrade_queryversion", &VersionService::onMQQueryVersionCallback},
         {"topic_upgrade_queryreleasehistory", &VersionService::onMQQueryReleaseHistoryCallback},
+        {"topic_upgrade_downloadversion", &VersionService::onMQDownloadVersionCallback},
         {"topic_upgrade_startinstall", &VersionService::onMQStartInstallCallback},
         {"topic_upgrade_getinstallpos", &VersionService::onMQGetInstallPosCallback},
         {"topic_upgrade_startdownload", &VersionService::onMQStartDownloadCallback},
@@ -44,6 +46,8 @@ ErrorInfo VersionService::start() {
         {"topic_upgrade_notifyupdate", &VersionService::onMQNotifyUpdateCallback},
     };
     const std::weak_ptr<VersionService> weak = shared_from_this();
+    // Before the first request can come.
+    mFileWriters = std::make_shared<FileWriterManager>();
     for (const auto& [topic, handler] : kTopics) {
         mDispatcher->subscribe(topic, this,
                                [weak, member = handler](const Message& message) -> Message {
@@ -57,6 +61,7 @@ ErrorInfo VersionService::start() {
 
 ErrorInfo VersionService::stop() {
     if (mDispatcher) mDispatcher->unsubcribe(this);
+    mFileWriters = nullptr;
     return {};
 }
 
