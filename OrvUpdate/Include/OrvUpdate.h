@@ -12,6 +12,7 @@
 #include "IVersion.h"
 #include "IVersionRequest.h"
 #include "LocalDownload.h"
+#include "MQDownload.h"
 #include "OrvBackup.h"
 #include "OrvInstaller.h"
 #include "OrvVersion.h"

@@ -99,7 +99,7 @@ private:
     static bool parseVersionPath(const std::string& name, SystemType& systemType, SystemBits& bits,
                                  VersionType& versionType);
     std::shared_ptr<IDownload> findArrivedPackage(const std::shared_ptr<IGetConnection>& connection);
-    std::shared_ptr<IDownload> makeDownload();
+    std::shared_ptr<IDownload> makeDownload(const std::shared_ptr<IGetConnection>& connection);
 
     Version mVersion;
     std::string mDescribe;

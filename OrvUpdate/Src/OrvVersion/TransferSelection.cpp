@@ -1,6 +1,7 @@
 // Which transfer brings a version's package to this disk.
 #include "HttpDownload.h"
 #include "LocalDownload.h"
+#include "MQDownload.h"
 #include "OrvDownload/ConnectionProviders.h"
 #include "OrvVersion.h"
 #include "VersionRequest.h"
@@ -22,7 +23,7 @@ std::shared_ptr<IDownload> OrvVersion::getDownload(const std::shared_ptr<IVersio
 std::shared_ptr<IDownload> OrvVersion::getDownload(const std::shared_ptr<IGetConnection>& connection) {
     std::lock_guard lock(mDownloadMutex);
     if (!mDownload && mStoragePosition != StoragePosition_Local) mDownload = findArrivedPackage(connection);
-    if (!mDownload) mDownload = makeDownload();
+    if (!mDownload) mDownload = makeDownload(connection);
     return mDownload;
 }
 
@@ -39,10 +40,14 @@ std::shared_ptr<IDownload> OrvVersion::findArrivedPackage(const std::shared_ptr<
     return transfer;
 }
 
-std::shared_ptr<IDownload> OrvVersion::makeDownload() {
+std::shared_ptr<IDownload> OrvVersion::makeDownload(const std::shared_ptr<IGetConnection>& connection) {
     if (mStoragePosition == StoragePosition_Local) return std::make_shared<LocalDownload>(getPackageFile());
     if (mStoragePosition == StoragePosition_Cloud && !mUrl.empty()) {
         return std::make_shared<HttpDownload>(mIOWorker, shared_from_this());
+    }
+    const bool hasServerId = !mServerId.empty() || mGetServerId;
+    if (mStoragePosition == StoragePosition_Node && hasServerId && connection) {
+        return std::make_shared<MQDownload>(connection, shared_from_this());
     }
     return nullptr;
 }
