@@ -1,7 +1,7 @@
 // Asking the update cloud for versions and release notes.
 #include <sstream>
 
-#include "GbkTexts.h"
+#include "HttpAnswer.h"
 #include "OrvVersion.h"
 #include "OrvVersion/ReleaseHistory.h"
 #include "Public/Base/File.h"
@@ -82,12 +82,7 @@ std::list<std::shared_ptr<HttpUrl>> VersionRequest::getReleaseHistoryServerHttp(
 }
 
 ErrorInfo VersionRequest::checkHttpResponse(const std::shared_ptr<HTTPClientResponse>& response) {
-    // The client gives a request that got no response at all the status 0.
-    const int status = response ? response->header()->statuscode : 0;
-    if (status == 0 || status == 408) return {-201, kTextNetworkTimeout};
-    if (status == 401) return {-105, kTextAuthFailed};
-    if (status != 200) return {-304, kTextRequestError};
-    return {};
+    return errorOfAnswer(response);
 }
 
 bool VersionRequest::sendCloudRequest(const std::string& url,

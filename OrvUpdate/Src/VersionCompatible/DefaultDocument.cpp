@@ -1,0 +1,42 @@
+#include "VersionCompatible/DefaultDocument.h"
+
+namespace Tarnwick::OrvUpdate {
+
+const char kDefaultDocument[] =
+    "{\n"
+    "\t\"Version\":\"1.0.0.6\",\n"
+    "\t\"ClientCompatibles\":[\n"
+    "\t\t{\n"
+    "\t\t\t\"System\":[\"Windows\", \"Linux\", \"IOS\", \"MAC\", \"Android\"],\n"
+    "\t\t\t\"SystemVersion\": { \"LowVersion\": \"1.2.0.0\", \"HigherVersion\": \"1.3.0.0\" },\n"
+    "\t\t\t\"ClientSystem\":[ \"Windows\", \"Linux\", \"IOS\", \"MAC\", \"Android\"],\n"
+    "\t\t\t\"ClientVersion\": { \"LowVersion\":\"1.2.0.0\", \"HigherVersion\":\"1.3.0.0\" }\n"
+    "\t\t}\n"
+    "\t],\n"
+    "\t\"SystemCompatibles\":[\n"
+    "\t\t{\n"
+    "\t\t\t\"System\":[\"Windows\"],\n"
+    "\t\t\t\"Version\":{ \"LowVersion\":\"1.2.0.0\", \"HigherVersion\":\"1.3.0.0\" },\n"
+    "\t\t\t\"otherSystem\":[\"Windows\"],\n"
+    "\t\t\t\"otherVersion\":{ \"LowVersion\":\"1.2.0.0\", \"HigherVersion\": \"1.3.0.0\" }\n"
+    "\t\t}\n"
+    "\t],\n"
+    "\t\"VideoWallCompatibles\":[\n"
+    "\t\t{\n"
+    "\t\t\t\"System\":[\"Windows\"],\n"
+    "\t\t\t\"SystemVersion\": { \"LowVersion\":\"1.3.0.0\",\"HigherVersion\":\"1.4.0.0\" },\n"
+    "\t\t\t\"VideoWallSystem\":[\"Windows\"],\n"
+    "\t\t\t\"VideoWallVersion\": { \"LowVersion\":\"1.3.0.0\", \"HigherVersion\":\"1.4.0.0\" }\n"
+    "\t\t}\n"
+    "\t],\n"
+    "\t\"VanticServerCompatibles\":[\n"
+    "\t\t{\n"
+    "\t\t\t\"System\":[\"Windows\"],\n"
+    "\t\t\t\"SystemVersion\": { \"LowVersion\":\"1.3.0.0\",\"HigherVersion\":\"1.4.0.0\" },\n"
+    "\t\t\t\"VanticServerSystem\":[\"Windows\"],\n"
+    "\t\t\t\"VanticServerVersion\": { \"LowVersion\":\"1.3.0.0\", \"HigherVersion\":\"1.4.0.0\" }\n"
+    "\t\t}\n"
+    "\t]\n"
+    "}";
+
+}  // namespace Tarnwick::OrvUpdate
