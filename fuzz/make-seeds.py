@@ -227,6 +227,7 @@ def documents():
             "updateTime": "1714950489", "displayIndex": 0}
     put("release_histories", "node", json.dumps(told))
     put("release_histories", "nodes", json.dumps([told, {**told, "softversion": "1.12", "displayIndex": "1"}]))
+    compatibility()
     put("json_text", "scalars", '[null,true,false,0,-1,1.5e300,18446744073709551615,"\\u00e9\\ud83d\\ude00\\n"]')
     put("json_text", "tree", '{"a":{"b":[1,[2,[3]]],"b":"again"},"":{}, "c":[]}')
     put("json_text", "deep", "[" * 64 + "]" * 64)
@@ -235,6 +236,32 @@ def documents():
     put("json_text", "escapes", '{"\\"":"\\\\","\\u0000":"\\/\\b\\f\\n\\r\\t","\\u00e9\\u20ac":"\\ud834\\udd1e"}')
     put("json_text", "blanks", '\ufeff { "a" : [ 1 , 2.0 , -0 , -0.0 , 1e-999 ] , "b" : { } } ')
     put("json_text", "blank", " \t\r\n7 ")
+
+
+def compatibility():
+    """Two components, each a system's digit and a version, then the document."""
+    def rules(second, low="1.2.0.0", high="1.3.0.0", systems=("Windows", "Linux"), first="SystemVersion"):
+        span = {"LowVersion": low, "HigherVersion": high}
+        return {"System": list(systems), first: span, second + "System": list(systems), second + "Version": span}
+
+    def document(**arrays):
+        return json.dumps({"Version": "1.0.0.6", **arrays})
+
+    everything = document(ClientCompatibles=[rules("Client"), rules("Client", "1.2", "2.0")],
+                          SystemCompatibles=[rules("other", first="Version")],
+                          VideoWallCompatibles=[rules("VideoWall", "1.3", "1.4", ("MAC", "ios", "BeOS"))],
+                          VanticServerCompatibles=[rules("VanticServer", "1.2-b4", "1.3-oem2")])
+    put("compatibility_document", "everything", "11.2.5.0\n21.2.0.0-b3-rA\n" + everything)
+    put("compatibility_document", "equal", "11.9-b1\n31.9-rB\n" + document(ClientCompatibles=[]))
+    put("compatibility_document", "same-numbers", "11.2-b7\n11.2\n" + document(
+        ClientCompatibles=[rules("Client", "1.2-b7", "1.3"), rules("Client", "1.2.0.0", "1.3-oem1")]))
+    put("compatibility_document", "nested", "11.35\n11.2\n" + document(ClientCompatibles=[
+        rules("Client", "1.0", "1.1"), rules("Client", "1.2", "9"), rules("Client", "1.3", "1.4")]))
+    put("compatibility_document", "other-kinds", "11.2\n11.2\n" + document(
+        ClientCompatibles={"0": rules("Client")}, SystemCompatibles="x", VideoWallCompatibles=[5, None, {}, []]))
+    put("compatibility_document", "incomplete", "01.2\n01.2\n" + document(ClientCompatibles=[
+        {"System": "Windows", "SystemVersion": {"LowVersion": "1"}}, rules("Client", 1, 2, (1, None, "Windows"))]))
+    put("compatibility_document", "no-version", "11.2\n11.2\n{}")
 
 
 def texts():
