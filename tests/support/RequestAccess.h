@@ -85,6 +85,9 @@ struct VersionServiceAccess {
     static PackageCallback packageCallback(const VersionService& service) { return service.mPackageCallback; }
     static CheckCallback checkCallback(const VersionService& service) { return service.mCheckCallback; }
     static std::shared_ptr<IInstaller> installerGiven(const VersionService& service) { return service.mInstallerGiven; }
+    static std::shared_ptr<AgentInstaller> startedInstaller(const VersionService& service) {
+        return service.mStartedInstaller.get();
+    }
 };
 
 }  // namespace Tarnwick::OrvUpdate
