@@ -128,6 +128,17 @@ TEST_F(StartInstallTopic, ASecondOneTakesThePlaceOfTheFirstWhateverItsState) {
     EXPECT_EQ(mExits.count(), 2U);
 }
 
+TEST_F(StartInstallTopic, ARunningOneGoesOnAndIsAnsweredWhenTheServiceStops) {
+    installUpToConsent();
+    mRequest->stop();
+    mConsentGate.open();
+    ASSERT_TRUE(mInstalling.answers().waitFor());
+    expectRefusal(mInstalling.answers().values()[0], 0);
+    EXPECT_EQ(mPrograms.starts().size(), 1U);
+    elapse(1000);
+    EXPECT_EQ(mExits.count(), 1U);
+}
+
 TEST_F(StartInstallTopic, TheInstallerStaysUntilTheServiceEnds) {
     install();
     elapse(1000);
