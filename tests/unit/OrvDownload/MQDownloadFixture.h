@@ -4,7 +4,7 @@
 #include "FileText.h"
 #include "LogRecorder.h"
 #include "MQDownload.h"
-#include "Public/Base/Directory.h"
+#include "OpenFiles.h"
 #include "ScriptedPeer.h"
 #include "TempDir.h"
 
@@ -77,15 +77,5 @@ protected:
     std::shared_ptr<std::atomic<int>> mCalls = std::make_shared<std::atomic<int>>(0);
     std::shared_ptr<Tarnwick::OrvUpdate::MQDownload> mDownload;
 };
-
-/// True while this process has the file open, under any name that it had.
-inline bool isOpenHere(const std::string& path) {
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        std::error_code gone;
-        const std::string target = std::filesystem::read_symlink(entry.path(), gone).string();
-        if (target == path || target == path + " (deleted)") return true;
-    }
-    return false;
-}
 
 }  // namespace support
