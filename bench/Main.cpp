@@ -1,7 +1,7 @@
 // Measures the engine beside tools that do the same work, prints a table, and writes it as JSON.
 //
 //   orvbench [GROUP...]    dependencies, packages, signature, download, backup, store, catalogue, compatibility,
-//                         memory; all of them unless some are named
+//                         cluster, memory; all of them unless some are named
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -31,6 +31,7 @@ const std::vector<Group> sGroups{{"dependencies", bench::measureDependencies},
                                  {"store", bench::measureStore},
                                  {"catalogue", bench::measureCatalogue},
                                  {"compatibility", bench::measureCompatibility},
+                                 {"cluster", bench::measureCluster},
                                  {"memory", bench::measureMemory}};
 
 std::string number(const std::optional<double>& value, const char* format) {

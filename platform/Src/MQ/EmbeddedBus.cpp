@@ -120,6 +120,8 @@ void EmbeddedBus::drain(const LinkKey& key) {
         const auto found = mLinks.find(key);
         if (found->second.items.empty()) {
             found->second.draining = false;
+            // Most pairs of a large cluster seldom talk: their links keep no memory meanwhile.
+            if (found->second.held.empty() && found->second.delayed == 0) mLinks.erase(found);
             return;
         }
         auto item = std::move(found->second.items.front());

@@ -88,9 +88,11 @@ void ServerMembership::hearServer(const std::string& from, const Frame& frame, u
         std::lock_guard lock(mMutex);
         const auto known = mPeers.find(info.serverId);
         if (known != mPeers.end() && known->second.reachable && known->second.busId != from) return;  // another's id
+        if (known != mPeers.end() && known->second.busId != from) mServerOf.erase(known->second.busId);
         // One node is one server, so that a node cannot fill the table.
-        std::erase_if(mPeers,
-                      [&](const auto& entry) { return entry.second.busId == from && entry.first != info.serverId; });
+        auto& spokenFor = mServerOf[from];
+        if (spokenFor != info.serverId) mPeers.erase(spokenFor);
+        spokenFor = info.serverId;
         auto& peer = mPeers[info.serverId];
         fresh = !peer.reachable;
         changed = fresh || !sameButReachable(peer.info, info);
@@ -116,9 +118,7 @@ void ServerMembership::hearClient(const std::string& from, const Frame& frame, u
 void ServerMembership::lost(const std::string& peer) {
     {
         std::lock_guard lock(mMutex);
-        for (auto& entry : mPeers) {
-            if (entry.second.busId == peer) entry.second.reachable = false;
-        }
+        if (auto* server = serverAt(peer)) server->reachable = false;
         mClients.erase(peer);
     }
     pushListTo(clients());
@@ -126,11 +126,17 @@ void ServerMembership::lost(const std::string& peer) {
 
 bool ServerMembership::alive(const std::string& peer) {
     std::lock_guard lock(mMutex);
-    for (const auto& entry : mPeers) {
-        if (entry.second.busId == peer) return entry.second.reachable;
-    }
+    if (const auto* server = serverAt(peer)) return server->reachable;
     const auto client = mClients.find(peer);
     return client == mClients.end() || !client->second.silent;
+}
+
+/// With the lock held. @return null when no server speaks there
+ServerMembership::Peer* ServerMembership::serverAt(const std::string& busId) {
+    const auto spokenFor = mServerOf.find(busId);
+    if (spokenFor == mServerOf.end()) return nullptr;
+    const auto peer = mPeers.find(spokenFor->second);
+    return peer == mPeers.end() ? nullptr : &peer->second;
 }
 
 /// With the lock held: the record with what is known at this moment.
@@ -174,10 +180,14 @@ std::string ServerMembership::master() {
 }
 
 std::string ServerMembership::masterLocked() {
-    for (const auto& server : listLocked(mSelf.systemId)) {
-        if (server.second.reachable && server.second.ready) return server.first;
+    std::string master = mSystemServer && mSelf.ready ? mSelf.serverId : std::string();
+    for (const auto& entry : mPeers) {
+        if (!master.empty() && master < entry.first) break;
+        const auto& peer = entry.second;
+        if (!peer.systemServer || peer.info.systemId != mSelf.systemId) continue;
+        if (peer.reachable && peer.info.ready && mBus->linked(mBusId, peer.busId)) return entry.first;
     }
-    return {};
+    return master;
 }
 
 std::string ServerMembership::busIdOf(const std::string& id) {

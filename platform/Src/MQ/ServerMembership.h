@@ -50,6 +50,7 @@ private:
     void hearServer(const std::string& from, const Frame& frame, uint64_t now);
     void hearClient(const std::string& from, const Frame& frame, uint64_t now);
     uint64_t judge(uint64_t now, bool& changed);
+    Peer* serverAt(const std::string& busId);
     TWServerInfo seen(const Peer& peer);
     ServerList listLocked(const std::string& systemId);
     std::string masterLocked();
@@ -63,8 +64,9 @@ private:
     const bool mSystemServer;
     TWServerInfo mSelf;
     std::mutex mMutex;
-    std::map<std::string, Peer> mPeers;      ///< by server id
-    std::map<std::string, Client> mClients;  ///< by id on the bus
+    std::map<std::string, Peer> mPeers;            ///< by server id
+    std::map<std::string, std::string> mServerOf;  ///< by id on the bus: the server id that it speaks for
+    std::map<std::string, Client> mClients;        ///< by id on the bus
     Beat mBeat;
     uint64_t mNextAnnounce;
 };
