@@ -1,6 +1,7 @@
 // The contract through which every movement of a package is driven.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "IVersion.h"
@@ -16,6 +17,15 @@ using Public::Base::Function;
 /// Operations may be called from any thread. A member of the family that does not offer an operation returns code -2.
 class ORV_UPDATE_API IDownload {
 public:
+    /// The transfer that brings a version onto a peer: the peer fetches it for itself (RemoteDownload), unless the
+    /// version is the cloud's and no server holds it; then the package passes through this program (ForwardDownload).
+    /// @param serverId of the peer
+    /// @return null unless the request and the version are the engine's own and the program is a client of the queue;
+    ///         null too when the version cannot be fetched here
+    static std::shared_ptr<IDownload> createRemoteDownload(const std::shared_ptr<IVersionRequest>& request,
+                                                           const std::shared_ptr<IVersion>& version,
+                                                           const std::string& serverId);
+
     virtual ~IDownload() = default;
 
     /// Starts with a callback under a key, so that several waiters can hang on one transfer; a callback already under

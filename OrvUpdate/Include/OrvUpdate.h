@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FileObject.h"
+#include "ForwardDownload.h"
 #include "HttpDownload.h"
 #include "IBackup.h"
 #include "IDownload.h"
@@ -17,6 +18,7 @@
 #include "OrvBackup.h"
 #include "OrvInstaller.h"
 #include "OrvVersion.h"
+#include "PostDownload.h"
 #include "RemoteDownload.h"
 #include "VersionCompatible.h"
 #include "VersionRequest.h"
