@@ -34,6 +34,8 @@ using CheckCallback = Function<bool()>;
 /// @param result that node's or the cloud's; -202 for a node that did not answer in 60 seconds
 /// @param isLast true in the last call alone, which begins when the others have returned
 using RequestFinished = Function<void(const std::string& nodeId, const ErrorInfo& result, bool isLast)>;
+/// How an upload ended. @param masterId of the server that it went to, as it was when the upload began
+using UploadFinished = Function<void(const std::string& masterId, const ErrorInfo& result)>;
 
 /// Operations may be called from any thread; those that move data return at once and end in a callback. Callbacks run
 /// with no lock held.
@@ -117,6 +119,13 @@ public:
     virtual std::shared_ptr<IVersion> queryNewestVersion(SystemType systemType, SystemBits bits,
                                                          ProjectType projectType, VersionType versionType,
                                                          VersionSource source, const Version& than) = 0;
+    /// Sends a package file of this machine to the cluster's master, one upload at a time.
+    /// @param source told to the master
+    /// @param done   gets the master's id and the outcome, after which the next upload may begin: PostDownload::start
+    ///               tells the codes, and the threads that it runs on
+    /// @return 0 when the upload runs; -417 while another does; -1 on a program that is no client of the queue, where
+    ///         `done` does not run
+    virtual ErrorInfo uploadVersion(const std::string& filePath, VersionSource source, const UploadFinished& done) = 0;
     /// The running version, as start was given it. The reference holds for the life of the object.
     virtual const Version& getCurVersion() = 0;
     /// Forgets the release notes, asks every server of the cluster to ask the cloud for them and to tell what it has,

@@ -63,6 +63,7 @@ public:
     std::shared_ptr<IVersion> queryNewestVersion(SystemType systemType, SystemBits bits, ProjectType projectType,
                                                  VersionType versionType, VersionSource source,
                                                  const Version& than) override;
+    ErrorInfo uploadVersion(const std::string& filePath, VersionSource source, const UploadFinished& done) override;
     const Version& getCurVersion() override;
     ErrorInfo requestReleaseHistory(const RequestFinished& callback) override;
     ErrorInfo queryReleaseHistory(const RequestFinished& callback) override;
@@ -153,6 +154,10 @@ private:
     /// Lets go of the installations that wait for this transfer.
     void dropInstalls(const std::shared_ptr<IDownload>& transfer);
 
+    // Upload.cpp
+    ErrorInfo keepUpload(const std::shared_ptr<IDownload>& upload);
+    void onUploaded(const std::shared_ptr<IDownload>& upload, const std::string& masterId, const UploadFinished& done);
+
     // VersionRequest.cpp
     std::shared_ptr<Tarnwick::MQ::MQMessage> onNewestVersionNotify(
         const std::shared_ptr<Tarnwick::MQ::MQMessage>& message);
@@ -181,6 +186,8 @@ private:
     std::atomic<bool> mInstallCancel{false};
     std::string mDownloadDir;
     VersionType mVersionType;
+    std::mutex mUploadMutex;             // guards mUpload
+    std::shared_ptr<IDownload> mUpload;  // the one upload in flight
     std::set<std::string> mOtherNodes;
     Function<void()> mNewestVersionNotify;
     CheckCallback mCheckCallback;

@@ -38,6 +38,7 @@ public:
                                                  const Version&) override {
         return nullptr;
     }
+    ErrorInfo uploadVersion(const std::string&, VersionSource, const UploadFinished&) override { return {}; }
     const Version& getCurVersion() override { return mVersion; }
     ErrorInfo requestReleaseHistory(const RequestFinished&) override { return {}; }
     ErrorInfo queryReleaseHistory(const RequestFinished&) override { return {}; }
