@@ -10,11 +10,17 @@
 #include "Public/Base/SafeSharedPtr.h"
 #include "Tarnwick/MQ/MQDispatcher.h"
 
+namespace Tarnwick::Protocol {
+struct TWProtoUpgradeInfo;
+}
+
 namespace Tarnwick::OrvUpdate {
 
 class AgentInstaller;
+class FileObject;
 class OrvVersion;
 class PendingExits;
+class PushedFiles;
 class VersionRequest;
 struct FileWriterManager;
 
@@ -72,6 +78,13 @@ private:
     /// This node's entry of the same version; null when there is none.
     static std::shared_ptr<IVersion> entryOf(VersionRequest& request, const OrvVersion& version);
 
+    // PostTopic.cpp
+    Message onMQPostVersionCallback(const Message& message);
+    ErrorInfo takeChunk(VersionRequest& request, const Tarnwick::Protocol::TWProtoUpgradeInfo& info);
+    bool hasStore() const;
+    std::shared_ptr<FileObject> writerOf(const Tarnwick::Protocol::TWProtoUpgradeInfo& info, const OrvVersion& version,
+                                         FileWriterManager& writers);
+
     /// Null when the request is for this node; a message with an error when it could not be passed on; a message
     /// without one when it has been.
     Message routeToTarget(const std::string& target, const Message& message);
@@ -88,6 +101,8 @@ private:
     mutable std::mutex mStateMutex;  // guards the next two
     Version mCurrentVersion;
     std::string mDownloadCache;
+    std::mutex mPostMutex;  // held while the file of a push is looked up and opened, so that it is opened once
+    std::shared_ptr<PushedFiles> mPushedFiles;      // guarded by mPostMutex
     SafeSharedPtr<FileWriterManager> mFileWriters;  // set while started
     std::shared_ptr<IOWorker> mIOWorker;
     const std::shared_ptr<PendingExits> mPendingExits;

@@ -176,9 +176,12 @@ std::shared_ptr<PostDownload::Run> PostDownload::currentRun() {
 }
 
 void PostDownload::endRun() {
-    std::shared_ptr<Run> ended;  // its file closes after the lock is given back
-    std::lock_guard lock(mMutex);
-    ended.swap(mRun);
+    std::shared_ptr<Run> ended;
+    {
+        std::lock_guard lock(mMutex);
+        ended.swap(mRun);
+    }
+    if (ended) ended->file.close();  // at once, although a step below may still hold the run
 }
 
 ErrorInfo PostDownload::stop() { return failure(ErrorCode_NotSupported); }

@@ -39,6 +39,7 @@ ErrorInfo VersionService::start() {
         {"topic_upgrade_queryversion", &VersionService::onMQQueryVersionCallback},
         {"topic_upgrade_queryreleasehistory", &VersionService::onMQQueryReleaseHistoryCallback},
         {"topic_upgrade_downloadversion", &VersionService::onMQDownloadVersionCallback},
+        {"topic_upgrade_postversion", &VersionService::onMQPostVersionCallback},
         {"topic_upgrade_startinstall", &VersionService::onMQStartInstallCallback},
         {"topic_upgrade_getinstallpos", &VersionService::onMQGetInstallPosCallback},
         {"topic_upgrade_startdownload", &VersionService::onMQStartDownloadCallback},
