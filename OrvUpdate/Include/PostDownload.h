@@ -17,8 +17,7 @@ namespace Tarnwick::OrvUpdate {
 /// acknowledged. At the end it asks the cluster what it holds, so that the catalogue knows the package before the
 /// transfer counts as finished; whether that succeeds is not looked at. An object pushes once in its life. Held by
 /// std::shared_ptr, otherwise start throws std::bad_weak_ptr; when the last owner lets go the push ends without a
-/// callback, and neither memory nor the open file outlives its end. The file is never changed: one that gets shorter
-/// under way ends the push where it ends, as a finished one.
+/// callback, and neither memory nor the open file outlives its end. The file is never changed.
 class ORV_UPDATE_API PostDownload : public IDownload, public std::enable_shared_from_this<PostDownload> {
 public:
     /// @param request gives the current version, and asks the cluster at the end   @param fileName of the package
@@ -31,7 +30,8 @@ public:
     /// Returns at once. A thread of its own tests the package, all of it, and sends the first chunk; the rest runs on
     /// the queue's threads. The callback runs at the end and for every failure, which getError then tells: -1 without
     /// request or connection provider, or when a chunk cannot be sent; -200 no connection; -302 not a readable package;
-    /// -308 another edition, or one part is missing; -416 no file, an empty one, or one of 4 GiB and more; -606 content
+    /// -308 another edition, or one part is missing; -416 no file, an empty one, one of 4 GiB and more, or
+    /// one that gets shorter under way; -606 content
     /// that does not decode; otherwise what the peer or the queue answered.
     /// @return 0, also when it has been started before, which only clears the error; the system's failure when it
     ///         gives no thread, after the callback
@@ -57,6 +57,7 @@ private:
     void sendNext();
     void onAck(size_t count, const ErrorInfo& answer);
     void finishPush();
+    void failTransfer(const ErrorInfo& error);
     void fail(const ErrorInfo& error);
     std::shared_ptr<Run> currentRun();
     void endRun();

@@ -24,6 +24,12 @@ constexpr unsigned int kChunkTimeoutMs = 60000;
 
 ErrorInfo failure(ErrorCode code) { return ErrorInfo(code, ""); }
 
+/// Why bytes are missing that the file had when the push began: a fault, or somebody has cut it.
+ErrorInfo unreadable() {
+    const ErrorInfo fault = ErrorInfo::getLastError();
+    return fault ? fault : failure(ErrorCode_PackageInvalid);
+}
+
 /// The version document, from what the package says of itself.
 std::string documentOf(const PackageFindings& package, VersionSource source, const std::string& serverId) {
     JsonValue document;
@@ -113,7 +119,9 @@ void PostDownload::sendNext() {
     TWProtoUpgradeInfo& record = run->record;
     // A file that has grown meanwhile counts as long as it was.
     const size_t wanted = std::min<size_t>(kChunkBytes, record.fileSize - record.position);
+    ErrorInfo::setLastError({});
     const size_t count = run->file.read(record.data.data(), wanted);
+    if (count != wanted) return failTransfer(unreadable());
     if (count == 0) return finishPush();
     if (count != kChunkBytes) record.data.resize(count);
 
@@ -137,10 +145,7 @@ void PostDownload::sendNext() {
 
 void PostDownload::onAck(size_t count, const ErrorInfo& answer) {
     if (answer.errorCode() == ErrorCode_PeerHasEnough) return finishPush();
-    if (answer) {
-        ORV_LOG(2, "OrvDownload", "post version fail! errcode:%d", static_cast<int>(answer.errorCode()));
-        return fail(answer);
-    }
+    if (answer) return failTransfer(answer);
     const auto run = currentRun();
     if (!run) return;
     TWProtoUpgradeInfo& record = run->record;
@@ -162,6 +167,11 @@ void PostDownload::finishPush() {
         self->mFinished = done;
         if (done) self->mCallback();
     });
+}
+
+void PostDownload::failTransfer(const ErrorInfo& error) {
+    ORV_LOG(2, "OrvDownload", "post version fail! errcode:%d", static_cast<int>(error.errorCode()));
+    fail(error);
 }
 
 void PostDownload::fail(const ErrorInfo& error) {

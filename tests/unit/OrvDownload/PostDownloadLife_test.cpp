@@ -203,16 +203,21 @@ TEST_F(PostDownloadLife, FileThatGrowsCountsAsLongAsItWas) {
     EXPECT_EQ(mRequest->queries.count(), 1U);
 }
 
-TEST_F(PostDownloadLife, FileThatGetsShorterEndsAsFinishedWhereItEnds) {
+TEST_F(PostDownloadLife, FileThatGetsShorterEndsThePushAsAFailedOne) {
     begin(kBytes);
     mLink->chunk(0);
     support::cutBytes(mPackage, kChunk);
     mLink->answer(0);
-    EXPECT_EQ(mLink->chunk(1).info.data.size(), kChunk / 2);
-    mLink->answer(1);
-    mRequest->answer(true);
-    EXPECT_TRUE(mPush->finish());
-    EXPECT_EQ(error(), 0);
+    expectFailed(-416, "post version fail! errcode:-416");
+    EXPECT_EQ(mLink->sent.count(), 1U);
+}
+
+TEST_F(PostDownloadLife, FileThatIsCutToAChunkEndsThePushAsAFailedOne) {
+    begin(kBytes);
+    mLink->chunk(0);
+    support::cutBytes(mPackage, kBytes - kChunk);
+    mLink->answer(0);
+    expectFailed(-416, "post version fail! errcode:-416");
 }
 
 TEST_F(PostDownloadLife, SourceIsNeitherChangedNorRemoved) {

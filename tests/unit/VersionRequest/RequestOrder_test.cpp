@@ -30,6 +30,7 @@ TEST(InterfaceOrder, OfRequests) {
         virtualSlot(static_cast<ByKey>(&IVersionRequest::queryVersion)),
         virtualSlot(static_cast<ByFields>(&IVersionRequest::queryVersion)),
         virtualSlot(&IVersionRequest::queryNewestVersion),
+        virtualSlot(&IVersionRequest::uploadVersion),
         virtualSlot(&IVersionRequest::getCurVersion),
         virtualSlot(&IVersionRequest::requestReleaseHistory),
         virtualSlot(&IVersionRequest::queryReleaseHistory),

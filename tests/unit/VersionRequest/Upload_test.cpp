@@ -168,7 +168,7 @@ TEST_F(Upload, LeavesNothingBehind) {
     ASSERT_EQ(upload(mPackage), 0);
     mLink->answer(0);
     ASSERT_EQ(outcomes().size(), 1U);
-    EXPECT_EQ(support::openDescriptorsOf(mPackage), 0U);
+    EXPECT_EQ(support::timesOpenHere(mPackage), 0U);
     const std::weak_ptr<VersionRequest> request = mRequest;
     mRequest.reset();
     EXPECT_TRUE(request.expired());
@@ -184,5 +184,5 @@ TEST_F(Upload, GoesOnToItsEndWhenTheHostLetsGo) {
     chunk.callback(answerOf(-202));
     EXPECT_EQ(outcomes(), (std::vector<Outcome>{{"master", -202}}));
     EXPECT_TRUE(request.expired());
-    EXPECT_EQ(support::openDescriptorsOf(mPackage), 0U);
+    EXPECT_EQ(support::timesOpenHere(mPackage), 0U);
 }

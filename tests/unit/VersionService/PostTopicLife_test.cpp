@@ -11,7 +11,7 @@ namespace {
 class PostTopicLife : public PostTopicFixture {
 protected:
     void SetUp() override { start(); }
-    size_t openFiles() const { return support::openDescriptorsOf(path()); }
+    size_t openFiles() const { return support::timesOpenHere(path()); }
     /// Lets that time pass, with the sweeps that it brings about.
     void elapse(uint64_t milliseconds) {
         for (uint64_t step = 0; step < milliseconds; step += 250) mClock.advance(250);

@@ -121,9 +121,9 @@ TEST_F(PostTopic, OtherVersionsAreLeftAlone) {
 
 TEST_F(PostTopic, FileIsClosedWhenTheLastChunkIsAcknowledged) {
     EXPECT_EQ(post(chunk("abcd", 0, 6)), 0);
-    EXPECT_EQ(support::openDescriptorsOf(path()), 1U);
+    EXPECT_EQ(support::timesOpenHere(path()), 1U);
     EXPECT_EQ(post(chunk("ef", 4, 6)), 0);
-    EXPECT_TRUE(support::eventually([&] { return support::openDescriptorsOf(path()) == 0; }));
+    EXPECT_TRUE(support::eventually([&] { return support::timesOpenHere(path()) == 0; }));
 }
 
 TEST_F(PostTopic, TwoTransfersOfDifferentVersionsDoNotMeet) {

@@ -89,7 +89,7 @@ protected:
         EXPECT_EQ(entry->getVersion().toString(), kVersion);
         EXPECT_EQ(entry->getStoragePosition(), StoragePosition_Local);
         EXPECT_EQ(entry->getPackageFile(), path);
-        EXPECT_EQ(support::openDescriptorsOf(mPackage), 0U);
+        EXPECT_EQ(support::timesOpenHere(mPackage), 0U);
     }
 
     std::string mPackage = mStore.path("package to send.exe");
