@@ -148,6 +148,7 @@ TEST_F(PostDownloadLife, FailedAnswerAfterTheOwnerLetGoDoesNothing) {
 TEST_F(PostDownloadLife, QueryThatEndsAfterTheOwnerLetGoDoesNothing) {
     begin(kBytes);
     mLink->answer(0, -415);
+    Public::Base::settleDetached();
     mPush.reset();
     mRequest->answer(true);
     EXPECT_EQ(mWaiter.calls(), 0);
