@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <ostream>
 
+#include "NoMoreThreads.h"
 #include "PostDownload.h"
 #include "PostDownloadFixture.h"
 
@@ -194,4 +195,20 @@ TEST_F(PostDownloadFailures, SignedPackageThatWasTamperedWithIsRefused) {
     support::flipMiddleByte(mPackage);
     beginAndSettle();
     expectFailed(-302, refused(-302));
+}
+
+TEST_F(PostDownloadFailures, WithoutAThreadItCallsBackBeforeStartReturnsTheSystemsFailure) {
+    mStore.put("p.exe");
+    mPush = makePush();
+    {
+        const support::NoMoreThreads full;
+        EXPECT_EQ(mPush->start(mWaiter.callback()).errorCode(), -10011);
+        EXPECT_EQ(mWaiter.calls(), 1);
+        EXPECT_EQ(mWaiter.thread(), std::this_thread::get_id());
+    }
+    EXPECT_EQ(error(), -10011);
+    EXPECT_TRUE(mLog.has(2, refused(-10011)));
+    EXPECT_EQ(mPush->start(mWaiter.callback()).errorCode(), 0);
+    Public::Base::settleDetached();
+    EXPECT_EQ(mLink->sent.count(), 0U);
 }

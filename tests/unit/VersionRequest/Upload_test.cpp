@@ -1,4 +1,5 @@
 // The upload of a package to the master.
+#include "NoMoreThreads.h"
 #include "OpenFiles.h"
 #include "Public/Base/DetachedThread.h"
 #include "PushDoubles.h"
@@ -162,6 +163,21 @@ TEST_F(Upload, WorksWithoutACallback) {
     mLink->answer(0);
     EXPECT_EQ(upload(mPackage), 0);
     mLink->chunk(1);
+}
+
+TEST_F(Upload, FailedStartCountsAsRunningUntilItsCallbackHasRun) {
+    std::vector<int> inside;
+    {
+        const support::NoMoreThreads full;
+        const ErrorInfo refused =
+            mRequest->uploadVersion(mPackage, VersionSource_Manual, [&](const std::string&, const ErrorInfo& error) {
+                inside = {error.errorCode(), upload(mPackage)};
+            });
+        EXPECT_EQ(refused.errorCode(), -10011);
+    }
+    EXPECT_EQ(inside, (std::vector<int>{-10011, -417}));
+    EXPECT_EQ(upload(mPackage), 0);
+    mLink->chunk(0);
 }
 
 TEST_F(Upload, LeavesNothingBehind) {
