@@ -93,6 +93,27 @@ TEST_F(RemoteDriveDownload, ReachesAnotherServerThroughTheClientsOwn) {
     EXPECT_EQ(packageOn(mStore), std::nullopt);
 }
 
+TEST_F(RemoteDriveDownload, AServerThatDoesNotKnowTheVersionPullsItFromTheNodeThatHasIt) {
+    const std::string package = mFarStore.put(packageOf("3.0.0.1"), "3.0.0.1");
+    const auto held = std::make_shared<OrvVersion>(mWorker, mFarStore.path(), std::string("far"));
+    held->parseVersion(documentOf("3.0.0.1", "far"));
+    held->setLocalFileName(package);
+    held->setStoragePosition(StoragePosition_Local);
+    mFarRequest->addVersion(held);
+
+    const auto transfer = std::make_shared<RemoteDownload>(mClient, held, "server");
+    EXPECT_EQ(transfer->start({}).errorCode(), 0);
+    EXPECT_EQ(watch(*transfer), 0);
+    EXPECT_TRUE(transfer->finish());
+    EXPECT_EQ(support::readText(mStore.path(packageOf("3.0.0.1"))), support::readText(package));
+    ASSERT_NE(mRequest->queryVersion(std::static_pointer_cast<IVersion>(held)), nullptr);
+
+    const auto drive = IInstaller::createRemoteInstaller(mClientRequest, held, "server");
+    drive->start("", true, {});
+    EXPECT_TRUE(support::eventually([&] { return mPrograms.starts().size() == 1; }));
+    EXPECT_EQ(mAsked.values(), std::vector<std::string>{"3.0.0.1"});
+}
+
 TEST_F(RemoteDriveDownload, AWatchOfAVersionThatThePeerDoesNotKnowEndsWithABadDocument) {
     const auto unknown = support::entry("7.7");
     const auto transfer = std::make_shared<RemoteDownload>(mClient, unknown, "server");
