@@ -13,7 +13,8 @@ namespace fs = std::filesystem;
 namespace {
 
 /// The version that the made-up content of a file names in its first line.
-std::string versionIn(const std::string& content) {
+std::string versionIn(const std::string& whole) {
+    const std::string content = whole.substr(0, whole.find('\n'));
     const size_t at = content.find("version ");
     return at == std::string::npos ? "" : content.substr(at + 8, content.find_first_of(",\n", at) - at - 8);
 }
@@ -39,8 +40,9 @@ Site::~Site() {
     if (!mKeep) fs::remove_all(mRoot, ignored);
 }
 
-void Site::installHost(const std::string& cloudAddress) const {
-    const fs::path program = path("program");
+void Site::installHostAt(const std::string& directory, const std::string& cloudAddress) const {
+    const fs::path program = path(directory);
+    fs::create_directories(program);
     std::istringstream libraries(ORV_DEMO_LIBRARIES);
     for (std::string library; std::getline(libraries, library, ':');) {
         fs::copy_file(library, program / fs::path(library).filename());
@@ -53,6 +55,7 @@ void Site::installHost(const std::string& cloudAddress) const {
 
 std::map<std::string, std::string> Site::files(const std::string& directory) const {
     std::map<std::string, std::string> found;
+    if (!fs::exists(path(directory))) return found;
     for (const auto& entry : fs::recursive_directory_iterator(path(directory))) {
         if (entry.is_regular_file()) {
             found[fs::relative(entry.path(), path(directory)).string()] = readFile(entry.path().string());

@@ -15,7 +15,8 @@ public:
     /// @param name below the site
     std::string path(const std::string& name) const { return mRoot + "/" + name; }
     /// Puts the host, the installer launcher and their libraries into "program", where the update cloud is named too.
-    void installHost(const std::string& cloudAddress) const;
+    void installHost(const std::string& cloudAddress) const { installHostAt("program", cloudAddress); }
+    void installHostAt(const std::string& directory, const std::string& cloudAddress) const;
     /// Relative file names below a directory, with the first bytes of what they hold.
     std::map<std::string, std::string> files(const std::string& directory) const;
     /// The same as lines for people: name, size, the version that the content names.

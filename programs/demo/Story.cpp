@@ -42,6 +42,8 @@ int run(const std::string& commandLine) {
 
 }  // namespace
 
+SitePackage Story::of(const Package& package) { return {package.release, package.file}; }
+
 Story::Story(bool keep) : mSite(keep) {}
 
 int Story::tell() {
@@ -51,15 +53,17 @@ int Story::tell() {
     refuseTampered();
     restoreFailed();
     cancelHalfWay();
+    ClusterStory(mNarration, mSite, mCloud, {of(mOld), of(mNew), of(mBrought)}).tell();
     return mNarration.unexpected();
 }
 
 bool Story::makePackages() {
-    mNarration.step("The package compiler makes three packages");
-    for (Package* package : {&mOld, &mNew, &mNext}) {
+    mNarration.step("The package compiler makes four packages");
+    for (Package* package : {&mOld, &mNew, &mNext, &mBrought}) {
         package->file = mSite.path("packages/" + package->release.version + ".exe");
-        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " --version " +
-                              package->release.version + " " + inQuotes(package->file)) == 0;
+        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " --size " +
+                              std::to_string(package->kibibytes) + " --version " + package->release.version + " " +
+                              inQuotes(package->file)) == 0;
         if (!mNarration.expect(
                 made, package->release.version,
                 package->layout + " layout, " + std::to_string(made ? fs::file_size(package->file) : 0) + " bytes")) {

@@ -4,11 +4,13 @@
 #include <map>
 #include <string>
 
+#include "ClusterStory.h"
 #include "Narration.h"
 #include "Site.h"
 #include "UpdateCloud.h"
 
-/// One server upgrades itself from an update cloud; then three ways in which it must not, or not wholly.
+/// One server upgrades itself from an update cloud; then three ways in which it must not, or not wholly; then a site of
+/// several nodes.
 class Story {
 public:
     explicit Story(bool keep);
@@ -20,11 +22,14 @@ private:
         UpdateCloud::Release release;
         std::string layout;  ///< "tree" or "msi"
         std::string file;
+        int kibibytes = 24;  ///< of each file in it
     };
     struct Report {
         std::string result;  ///< "installed", "restored", "damaged"
         std::string reason;  ///< to be put behind it; empty without an error
     };
+    static SitePackage of(const Package& package);
+
     using Files = std::map<std::string, std::string>;
 
     bool makePackages();
@@ -46,4 +51,5 @@ private:
     Package mOld{{"1.11.0.8", "2026-02-02 09:00:00", "first installation"}, "tree", ""};
     Package mNew{{"1.12.0.3", "2026-05-11 10:30:00", "faster playback, new store"}, "tree", ""};
     Package mNext{{"1.13.0.1", "2026-09-21 08:15:00", "packed as one file a component"}, "msi", ""};
+    Package mBrought{{"1.14.0.2", "2026-11-02 11:00:00", "brought by a user"}, "tree", "", 500};
 };

@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     Public::Base::setLogSink([](const Public::Base::LogEntry&) {});
-    std::printf("One node upgrades itself from the update cloud\n");
+    std::printf("One node upgrades itself from the update cloud; then a site of five nodes\n");
     int unexpected = 0;
     try {
         unexpected = Story(keep).tell();

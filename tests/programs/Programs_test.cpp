@@ -23,13 +23,61 @@ int run(const std::string& commandLine) {
 
 std::string quoted(const std::string& text) { return "'" + text + "'"; }
 
+/// Of the demonstration.
+const char* const kToldInOrder[] = {"  A server runs 1.11.0.8\n",
+                                    "installer    installed\n",
+                                    "  The cloud serves 1.13.0.1 with one byte changed\n",
+                                    "the package has been thrown away\n",
+                                    "installer    restored: ",
+                                    "the user has thought better of it",
+                                    "  Three servers and two clients of a site run 1.11.0.8\n",
+                                    "every node sees the three servers\n",
+                                    "master       server-a\n",
+                                    "a client of 1.11.0.8 with a system of 1.14.0.2: no\n",
+                                    "/VersionCompatible\n",
+                                    "rules        1.0.0.7, fetched from the page\n",
+                                    "asked 3 times: once for each server\n",
+                                    "a client of 1.11.0.8 with a system of 1.14.0.2: yes\n",
+                                    "answered     server-a, server-b, server-c, the cloud\n",
+                                    "server-a that there may be something newer\n",
+                                    "  server-a fetches 1.12.0.3 from the cloud\n",
+                                    "bytes, each as in the package\n",
+                                    "  client-2 pulls 1.12.0.3 from server-a, through its own server\n",
+                                    "entry        1.12.0.3 on server-a\n",
+                                    "bytes, each as in the package\n",
+                                    "  client-1 fetches 1.12.0.3 from the cloud and passes it on to server-c\n",
+                                    "bytes, each as in the package\n",
+                                    "  A user of client-1 brings 1.14.0.2 and uploads it to the master\n",
+                                    "ended        at server-a, with error 0\n",
+                                    "bytes, each as in the package\n",
+                                    "  client-1 has server-b fetch 1.14.0.2 from the master, and watches\n",
+                                    "bytes, each as in the package\n",
+                                    "  client-1 has server-b install 1.14.0.2\n",
+                                    "the installer runs; server-b is told to end itself\n",
+                                    "server-a sees that server-b is gone\n",
+                                    "installer    installed\n",
+                                    "server-b is back and runs 1.14.0.2\n",
+                                    "client-1 sees that server-b runs the wanted version, error 0\n",
+                                    "every replaced file was saved first:\n",
+                                    "  What lies in the stores now\n",
+                                    "     Manual/Windows x64 All/1.14.0.2/1.14.0.2.exe ",
+                                    "\nEverything was as expected.\n"};
+
 TEST(Programs, DemonstrationEndsWithEverythingAsExpected) {
     const support::TempDir dir;
     const std::string temporary = dir.path() + "/with blank, $HOME and \xC3\xA9";
     std::filesystem::create_directories(temporary);
     EXPECT_EQ(run("TMPDIR=" + quoted(temporary) + " " + quoted(ORV_DEMO) + " > " + quoted(dir.path() + "/out")), 0)
         << readText(dir.path() + "/out").value_or("");
-    EXPECT_NE(readText(dir.path() + "/out").value_or("").find("\nEverything was as expected.\n"), std::string::npos);
+    const std::string told = readText(dir.path() + "/out").value_or("");
+    // Each step with what must have happened in it, in this order.
+    size_t at = 0;
+    for (const char* line : kToldInOrder) {
+        const size_t found = told.find(line, at);
+        EXPECT_NE(found, std::string::npos) << line << " is not told behind what comes before it:\n" << told;
+        if (found != std::string::npos) at = found;
+    }
+    EXPECT_EQ(told.find("NOT AS EXPECTED"), std::string::npos) << told;
     EXPECT_EQ(support::filesBelow(dir.path()), std::set<std::string>{"out"});
 }
 
