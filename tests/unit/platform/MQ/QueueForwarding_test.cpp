@@ -154,6 +154,33 @@ TEST_P(QueueForwarding, ToADeadLinkFailsForTheCallerAndForTheOneThatWaits) {
     EXPECT_EQ(answers.code(), -203);
 }
 
+TEST_P(QueueForwarding, ToAHungPeerTimesOutForTheOneThatWaits) {
+    route(a, "topic", "");
+    route(b, "topic", "b for ");
+    bed().hang("b");
+    ask(user->connection(), "b", "topic", "", answers);
+    bed().settle();
+    bed().hang("a");  // nor is the server in between needed for that
+    bed().elapse(59999);
+    EXPECT_EQ(answers.count(), 0u);
+    bed().elapse(1);
+    EXPECT_EQ(answers.count(), 1u);
+    EXPECT_EQ(answers.code(), -202);
+}
+
+TEST_P(QueueForwarding, ToAPeerThatEndsTimesOutForTheOneThatWaits) {
+    route(a, "topic", "");
+    serve(*b, "topic", [](const auto&) { return std::shared_ptr<MQMessage>(); });
+    ask(user->connection(), "b", "topic", "", answers);
+    bed().settle();
+    b.reset();
+    bed().elapse(59999);
+    EXPECT_EQ(answers.count(), 0u) << "the request was put to the user's own server, and that one lives";
+    bed().elapse(1);
+    EXPECT_EQ(answers.count(), 1u);
+    EXPECT_EQ(answers.code(), -202);
+}
+
 TEST_P(QueueForwarding, InACircleEndsWithAnError) {
     for (const auto& node : {a, b}) {
         const std::weak_ptr<TWMQSystemServer> weak = node;
