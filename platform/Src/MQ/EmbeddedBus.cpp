@@ -18,7 +18,7 @@ std::vector<const void*>& runningHere() {
 
 std::shared_ptr<Bus> Bus::embedded() { return std::make_shared<EmbeddedBus>(); }
 
-EmbeddedBus::EmbeddedBus() : mDeadlines(Deadlines::shared()) {}
+EmbeddedBus::EmbeddedBus(WorkPool::Threads threads) : mDeadlines(Deadlines::shared()), mPool(threads) {}
 
 bool EmbeddedBus::join(const std::string& id, const Endpoint& endpoint) {
     auto node = std::make_shared<Node>();
@@ -48,17 +48,18 @@ bool EmbeddedBus::send(const std::string& from, const std::string& to, const std
     const auto target = mNodes.find(to);
     if (sender == mNodes.end() || target == mNodes.end() || isCut(from, to)) return false;
     const LinkKey key{from, to};
-    if (sender->second->stopped || target->second->stopped || chance(faultsOf(key).drop)) return true;
-    const int copies = chance(faultsOf(key).duplicate) ? 2 : 1;
-    for (int i = 0; i < copies; ++i) submit(key, Item{target->second, frame});
+    auto dice = diceFor(key, frame);
+    if (sender->second->stopped || target->second->stopped || dice.chance(faultsOf(key).drop)) return true;
+    const int copies = dice.chance(faultsOf(key).duplicate) ? 2 : 1;
+    for (int i = 0; i < copies; ++i) submit(key, Item{target->second, frame}, dice);
     return true;
 }
 
 /// With the lock held: the frame's way past the delays of its link.
-void EmbeddedBus::submit(const LinkKey& key, Item item) {
+void EmbeddedBus::submit(const LinkKey& key, Item item, FaultDice& dice) {
     auto& link = mLinks[key];
     const auto& faults = faultsOf(key);
-    if (link.held.empty() && chance(faults.reorder)) {
+    if (link.held.empty() && dice.chance(faults.reorder)) {
         link.held.push_back(std::move(item));
         mDeadlines->at(mDeadlines->now() + kLongestHold, [weak = weak_from_this(), key] {
             if (const auto self = weak.lock()) self->release(key);
@@ -67,7 +68,7 @@ void EmbeddedBus::submit(const LinkKey& key, Item item) {
     }
     const uint64_t now = mDeadlines->now();
     const unsigned spread = std::max(faults.delayAtMost, faults.delayAtLeast) - faults.delayAtLeast;
-    const unsigned wait = faults.delayAtLeast + (spread ? mRandom() % (spread + 1) : 0);
+    const unsigned wait = faults.delayAtLeast + static_cast<unsigned>(dice.below(uint64_t{spread} + 1));
     if (wait > 0 || link.delayed > 0)
         delay(key, std::move(item), std::max(now + wait, link.lastDelay));
     else
@@ -167,10 +168,6 @@ std::vector<std::string> EmbeddedBus::peers(const std::string& id) {
         if (node.first != id && !isCut(id, node.first)) ids.push_back(node.first);
     }
     return ids;
-}
-
-bool EmbeddedBus::chance(double share) {
-    return share > 0 && std::uniform_real_distribution<double>(0, 1)(mRandom) < share;
 }
 
 const LinkFaults& EmbeddedBus::faultsOf(const LinkKey& key) const {

@@ -7,13 +7,13 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <random>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "MQ/Deadlines.h"
+#include "MQ/FaultDice.h"
 #include "MQ/WorkPool.h"
 #include "Tarnwick/MQ/Bus.h"
 
@@ -34,7 +34,9 @@ class EmbeddedBus : public Bus, public std::enable_shared_from_this<EmbeddedBus>
 public:
     static constexpr size_t kMaxFrame = 8 * 1024 * 1024;
 
-    EmbeddedBus();
+    /// @param threads None: nothing runs but in step and settle, on the thread that calls them, in the order of
+    /// posting. What nodes do is then the same each time, as far as they use no other threads.
+    explicit EmbeddedBus(WorkPool::Threads threads = WorkPool::Threads::Own);
 
     bool join(const std::string& id, const Endpoint& endpoint) override;
     void leave(const std::string& id) override;
@@ -44,7 +46,9 @@ public:
     size_t maxFrame() const override { return kMaxFrame; }
     bool post(std::function<void()> task) override { return mPool.post(std::move(task)); }
 
-    /// Every link without faults of its own has these. The same seed draws the same faults for the same frames.
+    /// Every link without faults of its own has these. What befalls a frame depends on the seed, its link, and how many
+    /// frames went that way since this call, so that frames of other links make no difference; announcements, greetings
+    /// and lists are counted apart from requests and answers.
     void setFaults(const LinkFaults& faults, uint32_t seed);
     void setLinkFaults(const std::string& from, const std::string& to, const LinkFaults& faults);
     /// Cuts the link in both directions, with a notice to both ends; frames under way are lost.
@@ -56,6 +60,9 @@ public:
     /// Waits until no frame is under way other than those that wait for the clock, no task runs, and nothing of the
     /// process's nodes is due. Not from a task.
     void settle();
+    /// On a bus without threads: waits until nothing of the process's nodes is due, then runs one task. @return false
+    /// when there was none
+    bool step();
     size_t threads() const { return mPool.threads(); }
 
 private:
@@ -75,17 +82,19 @@ private:
         std::deque<Item> held;   ///< a frame that is to be overtaken
         uint64_t lastDelay = 0;  ///< when the last delayed frame is due
         size_t delayed = 0;
+        uint64_t messages = 0;  ///< sent since the faults were set
+        uint64_t presences = 0;
     };
     using LinkKey = std::pair<std::string, std::string>;
 
     void enqueue(const LinkKey& key, Item item);
-    void submit(const LinkKey& key, Item item);
+    FaultDice diceFor(const LinkKey& key, const std::string& frame);
+    void submit(const LinkKey& key, Item item, FaultDice& dice);
     void delay(const LinkKey& key, Item item, uint64_t due);
     void release(const LinkKey& key);
     void drain(const LinkKey& key);
     void notifyLost(const std::string& gone, const std::string& other);
     void run(const LinkKey& key, Item& item);
-    bool chance(double share);
     const LinkFaults& faultsOf(const LinkKey& key) const;
     bool isCut(const std::string& a, const std::string& b) const;
 
@@ -97,7 +106,7 @@ private:
     std::set<LinkKey> mCut;  ///< both directions
     LinkFaults mFaults;
     std::map<LinkKey, LinkFaults> mLinkFaults;
-    std::mt19937 mRandom;
+    uint32_t mSeed = 0;
     WorkPool mPool;  ///< ends first
 };
 

@@ -1,12 +1,22 @@
 // What tests do to the embedded bus.
 #include "MQ/EmbeddedBus.h"
+#include "MQ/Frame.h"
 
 namespace Tarnwick::MQ {
 
 void EmbeddedBus::setFaults(const LinkFaults& faults, uint32_t seed) {
     std::lock_guard lock(mMutex);
     mFaults = faults;
-    mRandom.seed(seed);
+    mSeed = seed;
+    for (auto& link : mLinks) link.second.messages = link.second.presences = 0;
+}
+
+/// With the lock held; once for each frame.
+FaultDice EmbeddedBus::diceFor(const LinkKey& key, const std::string& frame) {
+    const bool presence = beginsAsPresence(frame);
+    auto& link = mLinks[key];
+    const uint64_t number = presence ? link.presences++ : link.messages++;
+    return FaultDice(mSeed, (key.first + '\n' + key.second) + (presence ? "\np" : "\nm"), number);
 }
 
 void EmbeddedBus::setLinkFaults(const std::string& from, const std::string& to, const LinkFaults& faults) {
@@ -54,6 +64,11 @@ void EmbeddedBus::settle() {
         mPool.waitUntilIdle();
         if (mPool.posted() == before && !mDeadlines->somethingIsDue()) return;
     }
+}
+
+bool EmbeddedBus::step() {
+    mDeadlines->waitUntilNothingIsDue();
+    return mPool.step();
 }
 
 }  // namespace Tarnwick::MQ

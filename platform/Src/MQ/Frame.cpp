@@ -1,5 +1,8 @@
 #include "MQ/Frame.h"
 
+#include <algorithm>
+#include <array>
+
 #include "Protocol/Encoding.h"
 
 namespace Tarnwick::MQ {
@@ -22,6 +25,13 @@ bool complete(const Frame& frame) {
         default:
             return false;
     }
+}
+
+/// What every frame of that kind begins with.
+std::string beginning(FrameKind kind) {
+    Frame frame;
+    frame.kind = kind;
+    return encodeFrame(frame);
 }
 
 }  // namespace
@@ -99,6 +109,13 @@ std::shared_ptr<const Frame> decodeFrame(std::string_view bytes) {
     auto frame = std::make_shared<Frame>();
     if (!Tarnwick::Protocol::TWPacket::parseBytes(bytes, *frame) || !complete(*frame)) return nullptr;
     return frame;
+}
+
+bool beginsAsPresence(std::string_view bytes) {
+    static const std::array beginnings{beginning(FrameKind_Announce), beginning(FrameKind_Hello),
+                                       beginning(FrameKind_List)};
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [bytes](const std::string& text) { return bytes.starts_with(text); });
 }
 
 }  // namespace Tarnwick::MQ

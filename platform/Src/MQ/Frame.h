@@ -51,5 +51,7 @@ struct Frame : Tarnwick::Protocol::TWPacket {
 std::string encodeFrame(const Frame& frame);
 /// Null for bytes that are no frame, for a kind of a later version, and for a frame that lacks what its kind needs.
 std::shared_ptr<const Frame> decodeFrame(std::string_view bytes);
+/// True for bytes that begin as an announcement, a greeting or a list does; looks no further.
+bool beginsAsPresence(std::string_view bytes);
 
 }  // namespace Tarnwick::MQ

@@ -99,7 +99,8 @@ void WorkPool::State::supervise() {
     }
 }
 
-WorkPool::WorkPool() : mState(std::make_shared<State>()) {
+WorkPool::WorkPool(Threads threads) : mStepped(threads == Threads::None), mState(std::make_shared<State>()) {
+    if (mStepped) return;
     std::lock_guard lock(mState->mutex);
     for (size_t i = 0; i < kThreads; ++i) mState->startThread();
     mSupervisor.emplace_back([state = mState] { state->supervise(); });
@@ -109,6 +110,11 @@ WorkPool::~WorkPool() {
     {
         std::unique_lock lock(mState->mutex);
         mState->ending = true;
+        if (mStepped) {
+            lock.unlock();
+            waitUntilIdle();
+            return;
+        }
         mState->work.notify_all();
         mState->watched.notify_all();
         if (!onQueueThread()) mState->ended.wait(lock, [this] { return mState->threads == 0; });
@@ -126,7 +132,24 @@ bool WorkPool::post(std::function<void()> task) {
     return true;
 }
 
+bool WorkPool::step() {
+    std::function<void()> task;
+    {
+        std::lock_guard lock(mState->mutex);
+        if (mState->tasks.empty()) return false;
+        task = std::move(mState->tasks.front());
+        mState->tasks.pop_front();
+    }
+    runTask(task);
+    return true;
+}
+
 void WorkPool::waitUntilIdle() {
+    if (mStepped) {
+        while (step()) {
+        }
+        return;
+    }
     std::unique_lock lock(mState->mutex);
     mState->idle.wait(lock, [this] { return mState->running == 0 && mState->tasks.empty(); });
 }

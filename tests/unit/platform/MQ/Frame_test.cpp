@@ -250,4 +250,19 @@ TEST(Frame, OfAnotherNodeDoesNotTakeAServersId) {
     bus->leave("impostor");
 }
 
+TEST(Frame, IsToldFromPresenceByItsBeginning) {
+    auto frame = request();
+    for (const uint32_t kind : {FrameKind_Announce, FrameKind_Hello, FrameKind_List}) {
+        frame.kind = kind;
+        EXPECT_TRUE(beginsAsPresence(encodeFrame(frame))) << kind;
+        EXPECT_FALSE(beginsAsPresence(encodeFrame(frame).substr(1))) << kind;
+    }
+    for (const uint32_t kind : {FrameKind_Request, FrameKind_Answer}) {
+        frame.kind = kind;
+        EXPECT_FALSE(beginsAsPresence(encodeFrame(frame))) << kind;
+    }
+    EXPECT_FALSE(beginsAsPresence(""));
+    EXPECT_FALSE(beginsAsPresence("text"));
+}
+
 }  // namespace
