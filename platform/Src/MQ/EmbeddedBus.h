@@ -64,6 +64,8 @@ public:
     /// when there was none
     bool step();
     size_t threads() const { return mPool.threads(); }
+    /// Tasks posted since the start.
+    size_t posted() const { return mPool.posted(); }
 
 private:
     struct Node {

@@ -13,7 +13,9 @@ Exchange::Exchange(std::weak_ptr<HTTPClient> client, std::shared_ptr<HTTPClientR
       mClient(std::move(client)),
       mRequest(std::move(request)),
       mReceive(mRequest->recvCallback()),
-      mCompletion(std::move(completion)) {}
+      mCompletion(std::move(completion)) {
+    ++sLive;
+}
 
 bool Exchange::enter() {
     std::lock_guard lock(mMutex);

@@ -19,6 +19,12 @@ public:
     Exchange(std::weak_ptr<HTTPClient> client, std::shared_ptr<HTTPClientRequest> request,
              HTTPClient::Completion completion, std::string address, std::string userAgent);
 
+    ~Exchange() { --sLive; }
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+    /// How many there are in this process: requests that are under way, or whose client is still held.
+    static size_t live() { return sLive; }
+
     const std::string& method() const { return mMethod; }
     const std::string& address() const { return mAddress; }
     const std::string& userAgent() const { return mUserAgent; }
@@ -40,6 +46,8 @@ private:
     bool enter();
     void leave();
     void dropClosures();
+
+    static inline std::atomic<size_t> sLive{0};
 
     const std::string mMethod;
     const std::string mAddress;

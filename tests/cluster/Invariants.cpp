@@ -1,0 +1,103 @@
+#include "Invariants.h"
+
+#include <filesystem>
+#include <regex>
+#include <thread>
+
+#include "Archive/NSISDecompile.h"
+#include "FileText.h"
+#include "Packages.h"
+#include "VersionRequest.h"
+
+namespace cluster {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+size_t entriesIn(const char* directory) {
+    return static_cast<size_t>(std::distance(fs::directory_iterator(directory), fs::directory_iterator()));
+}
+
+std::string describe(const fs::path& path) {
+    const auto text = support::readText(path.string()).value_or("");
+    return std::to_string(text.size()) + " " + std::to_string(std::hash<std::string>()(text));
+}
+
+std::string versionOf(const std::string& path) {
+    NSISDecompile package;
+    std::string version;
+    return package.open(path, "") && package.getVersion(version) ? version : std::string();
+}
+
+/// @param relative to the directory of the stores   @return what is wrong, or nothing
+std::string judgeFile(const std::string& path, const std::string& relative) {
+    static const std::regex kPlace(R"([^/]+/(Online|Manual)/Windows x(64|86) All/([^/]+)/([^/]+)\.exe)");
+    std::smatch found;
+    if (!std::regex_match(relative, found, kPlace) || found[3] != found[4]) return "is not where a package lies";
+    if (!Tarnwick::OrvUpdate::VersionRequest::isInvalidPakcage(path)) return {};  // told to be unsound, as it may be
+    const auto version = versionOf(path);
+    const auto* package = packageOf(version);
+    if (!package) return "passes for a package of version " + version + ", which nobody made";
+    if (version != found[3]) return "passes for another version, " + version;
+    if (support::readText(path) != package->bytes) return "passes for a sound package, but is another";
+    return {};
+}
+
+}  // namespace
+
+Violations findWrongPackages(const std::string& stores) {
+    Violations found;
+    for (const auto& file : fs::recursive_directory_iterator(stores)) {
+        if (file.is_directory()) continue;
+        const std::string path = file.path().generic_string();
+        const auto relative = path.substr(stores.size() + 1);
+        const auto wrong = judgeFile(path, relative);
+        if (!wrong.empty()) found.push_back(relative + " " + wrong);
+    }
+    return found;
+}
+
+Fingerprint fingerprintOf(const std::string& directory, const std::vector<std::string>& except) {
+    Fingerprint files;
+    for (const auto& file : fs::recursive_directory_iterator(directory)) {
+        const std::string relative = file.path().generic_string().substr(directory.size() + 1);
+        const bool left = std::any_of(except.begin(), except.end(), [&](const std::string& name) {
+            return relative == name || relative.starts_with(name + "/");
+        });
+        if (!left) files[relative] = file.is_regular_file() ? describe(file.path()) : "directory";
+    }
+    return files;
+}
+
+Violations findChanges(const Fingerprint& before, const Fingerprint& after) {
+    Violations found;
+    for (const auto& [name, content] : after) {
+        const auto known = before.find(name);
+        if (known == before.end()) found.push_back(name + " was written outside of the stores");
+        if (known != before.end() && known->second != content) found.push_back(name + " was changed");
+    }
+    for (const auto& [name, content] : before) {
+        if (!after.contains(name)) found.push_back(name + " was removed");
+    }
+    return found;
+}
+
+Holdings holdings() { return {entriesIn("/proc/self/fd"), entriesIn("/proc/self/task")}; }
+
+Violations findLeaks(const Holdings& before, std::chrono::milliseconds patience) {
+    Violations found;
+    // A thread that has done its work may not have left the system's list yet, which it does without a notice.
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (holdings().threads > before.threads && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    const auto now = holdings();
+    if (now.threads > before.threads) {
+        found.push_back(std::to_string(now.threads - before.threads) + " threads are left");
+    }
+    if (now.descriptors > before.descriptors) {
+        found.push_back(std::to_string(now.descriptors - before.descriptors) + " files are left open");
+    }
+    return found;
+}
+
+}  // namespace cluster
