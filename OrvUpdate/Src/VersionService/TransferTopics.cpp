@@ -88,6 +88,10 @@ Message sendChunk(const Message& message, TWProtoUpgradeInfo& info, IVersion& en
             return message->buildResponse(error, nullptr);
         }
         writers.addFile(info.transferId, file);
+    } else if (info.position == 0 && info.fileSize == 0) {
+        // The first request, delivered twice. The puller may get this answer alone: one of size 0 would tell it to ask
+        // again, with the same answer for ever.
+        info.fileSize = static_cast<uint32_t>(File::getLength(entry.getPackageFile()));
     }
     if (!readChunk(*file, info)) writers.removeFile(info.transferId);
     return message->buildResponse(ErrorInfo(0, ""), info);

@@ -67,6 +67,16 @@ TEST_F(DownloadTopic, FirstChunkAloneCarriesTheTrueSize) {
     EXPECT_EQ(ask(chunkOf("2.0", 2 * kChunk, 78)).info.fileSize, 78U);
 }
 
+TEST_F(DownloadTopic, FirstRequestThatComesTwiceIsToldTheSizeTwice) {
+    addPackage("2.0", pattern(2 * kChunk + 5));
+    for (int time = 0; time < 2; ++time) {
+        const auto answer = ask(chunkOf("2.0"));
+        EXPECT_EQ(answer.info.fileSize, 2 * kChunk + 5);
+        EXPECT_EQ(answer.info.data.size(), kChunk);
+    }
+    EXPECT_EQ(ask(chunkOf("2.0", kChunk)).info.fileSize, 0U) << "a later one gets back what it holds";
+}
+
 TEST_F(DownloadTopic, GivesAMebibyteAtMost) {
     const std::string package = pattern(2 * kChunk + 5);
     addPackage("2.0", package);
