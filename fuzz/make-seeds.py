@@ -286,6 +286,38 @@ def texts():
     put("version_path", "unknown", "Unknown x64 Server")
 
 
+def topics():
+    """Steps of peers: topic and form in the first byte, then the body. fuzz/TopicSite.h tells the rest."""
+    step = lambda topic, form, body: bytes([topic | form << 4]) + (body.encode() if isinstance(body, str) else body)
+    join = lambda *steps: b"\x1e".join(steps)
+    raw, packet, notify, chunk, elsewhere = 0, 1, 2, 3, 4
+    packet_id, notify_id, chunk_id = 0x710061AED6F261C7, 0x81D547A257E20437, 0xD331FC77FD18ABF8
+    version = lambda number, role=1: json.dumps({"softversion": number, "serverid": "peer", "description": "d",
+        "systemType": 1, "systemBits": 64, "versionType": role, "versionSource": 1})
+    part = lambda *fields: "\x1f".join(str(field) for field in fields)
+    put("topic_catalogue", "each", join(*(step(n, notify, "1.0-oem2") for n in range(5))))
+    put("topic_catalogue", "other-record", join(*(step(n, packet, "1.0") for n in range(5))))
+    put("topic_catalogue", "elsewhere", join(*(step(n, elsewhere, b"") for n in range(5))))
+    put("topic_catalogue", "record", step(0, raw, record(notify_id, field(1, "4.4"))))
+    put("topic_catalogue", "no-version", join(step(0, notify, "../../x"), step(1, notify, "1.0\r\nx"), step(2, raw, b"")))
+    for name, number, role in (("local", "1.0", 1), ("role", "2.0", 3), ("node", "3.0", 1), ("cloud", "4.0", 1),
+                               ("unknown", "9.0", 1), ("path", "../../x", 1), ("range", "1.0", -7)):
+        put("topic_install", name, join(*(step(n, packet, version(number, role)) for n in (2, 3, 0, 1))))
+    put("topic_install", "record", step(3, raw, record(packet_id, field(1, version("1.0")))))
+    put("topic_install", "elsewhere", step(0, packet | elsewhere, version("1.0")))
+    put("topic_install", "no-document", join(*(step(n, packet, "{}") for n in range(4))))
+    pull = lambda position: step(0, chunk, part("t", 0, position, version("1.0"), ""))
+    push = lambda size, position, number, data: step(1, chunk, part("t", size, position, version(number), data))
+    put("topic_transfer", "pull", join(pull(0), pull(4), pull(4096)))
+    put("topic_transfer", "push", join(push(8, 0, "5.0", "MZ12"), push(8, 4, "5.0", "3456")))
+    put("topic_transfer", "replace", join(pull(0), push(4, 0, "1.0", "MZ12"), pull(0)))
+    put("topic_transfer", "far", push(2 ** 32 - 1, 2 ** 32 - 2, "5.0", "x"))
+    put("topic_transfer", "path", push(4, 0, "../../../x", "MZ12"))
+    put("topic_transfer", "two", join(push(8, 0, "5.0", "MZ"), push(8, 0, "6.0", "MZ12"), push(8, 2, "5.0", "345678")))
+    chunk_fields = field(1, "t") + field(2, 4) + field(3, b"MZ12") + field(5, version("5.0"))
+    put("topic_transfer", "record", step(1, raw, record(chunk_id, chunk_fields)))
+
+
 def main():
     shutil.rmtree(CORPUS, ignore_errors=True)
     with tempfile.TemporaryDirectory() as directory:
@@ -295,6 +327,7 @@ def main():
     responses()
     documents()
     texts()
+    topics()
 
 
 main()
