@@ -13,17 +13,36 @@ protected:
         mNewest->inputSystemServerInfo(addressOf(mOther), "other", version);
         EXPECT_TRUE(reaches(mNewest, version));
     }
+    /// Returns when the peer's answers, which end with their connections, have had their effect: one thread runs all
+    /// completions, and one that comes later has been read, as the log tells.
+    void settle(const support::LoopbackServer& peer, size_t answers = 1) {
+        ASSERT_TRUE(peer.waitForRequests(answers));
+        ASSERT_TRUE(peer.waitForNoConnection());
+        mOther.serve(kPath, documentOf(kClients, rule(kClients, {"1.0", "2.0", R"(["BeOS"])"}), "0.1"));
+        ask(mOther);
+        ASSERT_TRUE(support::eventually([&] { return mLog.has(2, "Unknown System!"); }));
+        EXPECT_EQ(mLog.entries().size(), 1u);
+    }
+    void expectUnchanged() {
+        EXPECT_EQ(mNewest->getVersionCompatible(), mAtFirst);
+        EXPECT_EQ(mNewest->compatibleVersion(), "1.0.0.6");
+        EXPECT_EQ(fileText(), kDefaultDocument);
+    }
     /// Returns when no completion runs any more; requests that still run come to nothing.
     void endEverything() {
         const std::weak_ptr<maxVersionCompatible> weak = mNewest;
         mNewest.reset();
         EXPECT_TRUE(support::eventually([&] { return weak.expired(); }));
-        mWorker.reset();
+        mOneThread.reset();
     }
 
+    const support::LogRecorder mLog;
     support::HttpFileServer mPeer;
     support::HttpFileServer mOther;
-    std::shared_ptr<maxVersionCompatible> mNewest = make();
+    support::BadHttpServer mClosing;  // its connections end with the answer
+    std::shared_ptr<IOWorker> mOneThread = IOWorker::create(1);
+    std::shared_ptr<maxVersionCompatible> mNewest = std::make_shared<maxVersionCompatible>(directory(), mOneThread);
+    const std::shared_ptr<IVersionCompatible> mAtFirst = mNewest->getVersionCompatible();
 };
 
 TEST_F(NewestFetch, TakesANewerDocumentAndSavesItAsReceived) {
@@ -75,16 +94,18 @@ INSTANTIATE_TEST_SUITE_P(Of, NewestNoFetch,
                                          NoFetch{"NoVersion", ""}, NoFetch{"AVersionThatCannotBeRead", "newest"}),
                          nameOf);
 
-TEST_F(NewestFetch, DropsAnAnswerOfTheSameVersionOrALowerOne) {
-    for (const char* version : {"1.0.0.6", "1.0.0.5"}) {
-        mPeer.serve(kPath, newer(version));
-        ask(mPeer);
-    }
-    EXPECT_TRUE(mPeer.waitForRequests(2));
-    const auto held = mNewest->getVersionCompatible();
-    endEverything();
-    EXPECT_EQ(fromFirst(*held, kClients, component("7.5")), "");
-    EXPECT_EQ(fileText(), kDefaultDocument);
+TEST_F(NewestFetch, DropsAnAnswerOfTheSameVersion) {
+    mClosing.script(kPath, support::BadScript::status(200, newer("1.0.0.6")));
+    ask(mClosing);
+    settle(mClosing);
+    expectUnchanged();
+}
+
+TEST_F(NewestFetch, DropsAnAnswerOfALowerVersion) {
+    mClosing.script(kPath, support::BadScript::status(200, newer("1.0.0.5")));
+    ask(mClosing);
+    settle(mClosing);
+    expectUnchanged();
 }
 
 TEST_F(NewestFetch, BelievesTheDocumentNotWhatWasToldOfIt) {
@@ -101,24 +122,21 @@ struct FailedAnswer {
 
 class NewestFailedFetch : public NewestFetch, public testing::WithParamInterface<FailedAnswer> {};
 
-TEST_P(NewestFailedFetch, ChangesNothingIsNotLoggedAndIsTriedAgainNextTime) {
-    const support::LogRecorder log;
-    mPeer.serve(kPath, GetParam().body, GetParam().status);
-    ask(mPeer);
-    ASSERT_TRUE(mPeer.waitForRequests(1));
-    mPeer.serve(kPath, newer("9.0"));
-    ask(mPeer);
-    ASSERT_TRUE(reaches(mNewest, "9.0"));
-    EXPECT_EQ(mPeer.requests().size(), 2u);
-    EXPECT_TRUE(log.entries().empty());
+TEST_P(NewestFailedFetch, ChangesNothingAndIsNotLogged) {
+    mClosing.script(kPath, support::BadScript::status(GetParam().status, GetParam().body));
+    ask(mClosing);
+    settle(mClosing);
+    expectUnchanged();
 }
 
-TEST_P(NewestFailedFetch, KeepsTheDocumentAndTheFile) {
-    mPeer.serve(kPath, GetParam().body, GetParam().status);
-    ask(mPeer);
-    ASSERT_TRUE(mPeer.waitForRequests(1));
-    endEverything();
-    EXPECT_EQ(fileText(), kDefaultDocument);
+TEST_P(NewestFailedFetch, IsTriedAgainNextTime) {
+    mClosing.script(kPath, support::BadScript::status(GetParam().status, GetParam().body));
+    ask(mClosing);
+    settle(mClosing);
+    mClosing.script(kPath, support::BadScript::status(200, newer("9.0")));
+    ask(mClosing);
+    EXPECT_TRUE(reaches(mNewest, "9.0"));
+    EXPECT_EQ(mClosing.requests().size(), 2u);
 }
 
 INSTANTIATE_TEST_SUITE_P(With, NewestFailedFetch,
@@ -132,13 +150,12 @@ INSTANTIATE_TEST_SUITE_P(With, NewestFailedFetch,
                          nameOf);
 
 TEST_F(NewestFetch, AsksNobodyOverHttpsOnStatus506) {
-    mPeer.serve(kPath, newer("8.0"), 506);
-    ask(mPeer);
-    ASSERT_TRUE(mPeer.waitForRequests(1));
-    endEverything();
-    EXPECT_EQ(mPeer.requests().size(), 1u);
-    EXPECT_EQ(mPeer.waitForNoConnection(), true);
-    EXPECT_EQ(fileText(), kDefaultDocument);
+    mClosing.script(kPath, support::BadScript::status(506, newer("8.0")));
+    ask(mClosing);
+    settle(mClosing);
+    EXPECT_EQ(mClosing.requests().size(), 1u);
+    EXPECT_TRUE(mClosing.waitForNoConnection());
+    expectUnchanged();
 }
 
 struct BrokenPeer {
@@ -179,13 +196,12 @@ TEST_F(NewestFetch, OfAPortThatNobodyListensOnChangesNothing) {
         gone = addressOf(closed);
     }
     mNewest->inputSystemServerInfo(gone, "gone", "9.0");
-    endEverything();
-    EXPECT_EQ(fileText(), kDefaultDocument);
+    settle(mClosing, 0);
+    expectUnchanged();
 }
 
 TEST_F(NewestFetch, WithoutAWorkerIsNotBegun) {
-    mWorker.reset();
-    mNewest = make();
+    mNewest = std::make_shared<maxVersionCompatible>(directory(), nullptr);
     ask(mPeer);
     EXPECT_EQ(mNewest->compatibleVersion(), "1.0.0.6");
     EXPECT_TRUE(mPeer.requests().empty());
@@ -205,6 +221,7 @@ TEST_F(NewestFetch, HoldsNoLockWhileAPeerIsSlow) {
 }
 
 TEST_F(NewestFetch, KeepsTheHigherOfTwoThatRunAtOnceWhicheverEndsFirst) {
+    mNewest = std::make_shared<maxVersionCompatible>(directory(), mWorker);
     for (const bool higherFirst : {true, false}) {
         const std::string low = higherFirst ? "2.0" : "4.0", high = higherFirst ? "3.0" : "5.0";
         support::HttpFileServer lower, higher;
@@ -234,12 +251,13 @@ TEST_F(NewestFetch, DropsAnAnswerThatComesWhenTheObjectIsGone) {
     mNewest.reset();
     EXPECT_TRUE(weak.expired());  // the request does not keep it alive
     mPeer.release(kPath);
-    mWorker.reset();  // waits for the completion
+    mOneThread.reset();  // waits for the completion
     EXPECT_EQ(fileText(), kDefaultDocument);
 }
 
 TEST_F(NewestFetch, ManyAtOnceEndWithTheHighest) {
     std::list<support::HttpFileServer> peers(12);
+    mNewest = std::make_shared<maxVersionCompatible>(directory(), mWorker);
     int version = 0;
     for (auto& peer : peers) peer.serve(kPath, newer("2." + std::to_string(++version)));
     for (auto& peer : peers) mNewest->inputSystemServerInfo(addressOf(peer), "peer", "9.0");
