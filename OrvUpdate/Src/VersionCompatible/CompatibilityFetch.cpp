@@ -3,6 +3,7 @@
 
 #include "HttpAnswer.h"
 #include "Public/Network/HTTPClient.h"
+#include "VersionCompatible/CompatibleUrl.h"
 #include "VersionCompatible/NewestDocument.h"
 #include "maxVersionCompatible.h"
 
@@ -20,12 +21,6 @@ constexpr uint32_t kFetchTimeoutMs = 60000;
 
 /// What a peer would say that serves HTTPS alone. No answer is told by this code as they are told now.
 constexpr int kSecureOnly = 506;
-
-std::string buildCompatibleUrl(const std::string& scheme, const NetAddr& address) {
-    std::string host = address.getIP();
-    if (host.find(':') != std::string::npos && host.front() != '[') host = "[" + host + "]";
-    return scheme + host + ":" + std::to_string(address.getPort()) + "/VersionCompatible";
-}
 
 bool isNewer(const std::string& version, const std::shared_ptr<IVersionCompatible>& document) {
     if (!document) return true;
