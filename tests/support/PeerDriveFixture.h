@@ -1,9 +1,9 @@
 // A client on whose link a test answers for the peer.
 #pragma once
 
+#include "AnsweringLink.h"
 #include "CatalogueEntries.h"
 #include "LogRecorder.h"
-#include "ScriptedLink.h"
 
 namespace support {
 
@@ -15,7 +15,7 @@ protected:
     std::string document() const {
         return mVersion->buildVersionInfo().toStyledString(Public::Base::WriteStyle_Indented).toStdString();
     }
-    void expectRequest(const ScriptedLink::Request& request, const std::string& topic) const {
+    void expectRequest(const AnsweringLink::Request& request, const std::string& topic) const {
         EXPECT_EQ(request.to, "peer");
         EXPECT_EQ(request.topic, topic);
         EXPECT_EQ(request.body, document());
@@ -30,7 +30,7 @@ protected:
     }
 
     LogRecorder mLog;
-    std::shared_ptr<ScriptedLink> mLink = std::make_shared<ScriptedLink>();
+    std::shared_ptr<AnsweringLink> mLink = std::make_shared<AnsweringLink>();
     std::shared_ptr<FakeClient> mClient = std::make_shared<FakeClient>();
     std::shared_ptr<Tarnwick::OrvUpdate::OrvVersion> mVersion = entry("1.11.0.8");
 };
@@ -89,21 +89,21 @@ struct BrokenAnswer {
 
 inline std::vector<BrokenAnswer> brokenAnswers() {
     return {
-        {"NoBody", [] { return answerOf(0); }},
+        {"NoBody", [] { return peerAnswer(0); }},
         {"BodyOfAnotherRecord",
          [] {
              Tarnwick::Protocol::TWProtoUpgradeNotify notify;
              notify.body = R"({"pos":0.5})";
-             return answerOf(0, &notify);
+             return peerAnswer(0, &notify);
          }},
-        {"EmptyText", [] { return answerWith(""); }},
-        {"NoJson", [] { return answerWith("sorry"); }},
-        {"CutJson", [] { return answerWith(R"({"pos":0.5)"); }},
-        {"TextBehindTheDocument", [] { return answerWith(R"({"pos":0.5}})"); }},
-        {"BareNaN", [] { return answerWith(R"({"pos":NaN})"); }},
-        {"NotUtf8", [] { return answerWith("{\"pos\":0.5,\"x\":\"\xff\"}"); }},
-        {"NestedTooDeep", [] { return answerWith(std::string(100000, '[') + std::string(100000, ']')); }},
-        {"LongerThan64MiB", [] { return answerWith(std::string((64U << 20) + 1, ' ')); }},
+        {"EmptyText", [] { return peerDocument(""); }},
+        {"NoJson", [] { return peerDocument("sorry"); }},
+        {"CutJson", [] { return peerDocument(R"({"pos":0.5)"); }},
+        {"TextBehindTheDocument", [] { return peerDocument(R"({"pos":0.5}})"); }},
+        {"BareNaN", [] { return peerDocument(R"({"pos":NaN})"); }},
+        {"NotUtf8", [] { return peerDocument("{\"pos\":0.5,\"x\":\"\xff\"}"); }},
+        {"NestedTooDeep", [] { return peerDocument(std::string(100000, '[') + std::string(100000, ']')); }},
+        {"LongerThan64MiB", [] { return peerDocument(std::string((64U << 20) + 1, ' ')); }},
     };
 }
 

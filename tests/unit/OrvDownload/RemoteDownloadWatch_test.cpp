@@ -3,7 +3,7 @@
 #include "RemoteDownload.h"
 
 using namespace Tarnwick::OrvUpdate;
-using support::answerOf;
+using support::peerAnswer;
 
 namespace {
 
@@ -55,7 +55,7 @@ TEST_F(RemoteDownloadWatch, AsksAgainAfterEachAnswer) {
 
 TEST_F(RemoteDownloadWatch, SendsNothingByItself) {
     mTransfer->start({});
-    mLink->answer(answerOf(0));
+    mLink->answer(peerAnswer(0));
     mTransfer->getError();
     mTransfer->finish();
     EXPECT_EQ(polls(), 0U);
@@ -102,14 +102,14 @@ TEST_F(RemoteDownloadWatch, APollThatCannotBeSentIsNotAnErrorAndIsTriedAgain) {
 }
 
 TEST_F(RemoteDownloadWatch, AnswerThatOutrunsThePushEndsThePollAndNotTheWatch) {
-    mLink->answerAtOnce([](const auto&) { return support::answerWith(R"({"pos":0.5,"finish":false})"); });
+    mLink->answerAtOnce([](const auto&) { return support::peerDocument(R"({"pos":0.5,"finish":false})"); });
     EXPECT_EQ(progress(), 0.5F);
     EXPECT_EQ(progress(), 0.5F);
     EXPECT_EQ(polls(), 2U);
 }
 
 TEST_F(RemoteDownloadWatch, ErrorThatOutrunsThePushEndsTheWatch) {
-    mLink->answerAtOnce([](const auto&) { return answerOf(-416); });
+    mLink->answerAtOnce([](const auto&) { return peerAnswer(-416); });
     progress();
     progress();
     EXPECT_EQ(polls(), 1U);
@@ -119,7 +119,7 @@ TEST_F(RemoteDownloadWatch, ErrorThatOutrunsThePushEndsTheWatch) {
 TEST_P(RemoteDownloadEnds, ForGoodWithAnErrorInAnAnswer) {
     pollAnswered(R"({"pos":0.5,"finish":false})");
     progress();
-    mLink->answer(answerOf(GetParam(), nullptr, "why"));
+    mLink->answer(peerAnswer(GetParam(), nullptr, "why"));
     EXPECT_EQ(mTransfer->getError().errorCode(), GetParam());
     EXPECT_EQ(mTransfer->getError().errorMessage(), "why");
     EXPECT_TRUE(mLog.has(2, "remote download fail! errcode:" + std::to_string(GetParam())));
@@ -134,9 +134,9 @@ INSTANTIATE_TEST_SUITE_P(Codes, RemoteDownloadEnds,
 
 TEST_P(RemoteDownloadEnds, AndAFurtherStartDoesNotReviveIt) {
     progress();
-    mLink->answer(answerOf(GetParam()));
+    mLink->answer(peerAnswer(GetParam()));
     mTransfer->start({});
-    mLink->answer(answerOf(0));
+    mLink->answer(peerAnswer(0));
     EXPECT_EQ(mTransfer->getError().errorCode(), 0);
     progress();
     EXPECT_EQ(polls(), 1U);
@@ -185,7 +185,7 @@ TEST_F(RemoteDownloadWatch, ManyThreadsAskOnceAtATime) {
 }
 
 TEST_F(RemoteDownloadWatch, AnswersOfOtherThreadsAreSeenWhole) {
-    mLink->answerAtOnce([](const auto&) { return support::answerWith(R"({"pos":0.5,"finish":true})"); });
+    mLink->answerAtOnce([](const auto&) { return support::peerDocument(R"({"pos":0.5,"finish":true})"); });
     std::thread asking([this] {
         for (int round = 0; round < 200; ++round) {
             float value = 0;

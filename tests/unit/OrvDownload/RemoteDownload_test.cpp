@@ -5,7 +5,7 @@
 #include "PeerDriveFixture.h"
 
 using namespace Tarnwick::OrvUpdate;
-using support::answerOf;
+using support::peerAnswer;
 
 namespace {
 
@@ -81,7 +81,7 @@ TEST_F(RemoteDownloadStart, ThatCannotBeSentGivesZeroAndTellsAnError) {
 
 TEST_F(RemoteDownloadStart, TakesTheErrorOfTheAnswer) {
     mTransfer->start({});
-    mLink->answer(answerOf(-425, nullptr, "far away"));
+    mLink->answer(peerAnswer(-425, nullptr, "far away"));
     EXPECT_EQ(mTransfer->getError().errorCode(), -425);
     EXPECT_EQ(mTransfer->getError().errorMessage(), "far away");
     EXPECT_TRUE(mLog.has(2, "remote download fail! errcode:-425"));
@@ -103,13 +103,13 @@ TEST_F(RemoteDownloadStart, AnswerOfZeroLeavesAnErrorThatHasComeMeanwhile) {
     const auto answer = mLink->requests().back().answer;
     float progress = 0;
     mTransfer->getProgress(progress);
-    mLink->answer(answerOf(-416));
-    answer(answerOf(0));
+    mLink->answer(peerAnswer(-416));
+    answer(peerAnswer(0));
     EXPECT_EQ(mTransfer->getError().errorCode(), -416);
 }
 
 TEST_F(RemoteDownloadStart, AnswerThatOutrunsThePushIsTaken) {
-    mLink->answerAtOnce([](const auto&) { return answerOf(-426); });
+    mLink->answerAtOnce([](const auto&) { return peerAnswer(-426); });
     EXPECT_EQ(mTransfer->start({}).errorCode(), 0);
     EXPECT_EQ(mTransfer->getError().errorCode(), -426);
 }
@@ -119,14 +119,14 @@ TEST_F(RemoteDownloadStart, LaterErrorTakesThePlaceOfAnEarlier) {
     const auto started = mLink->requests().back().answer;
     float progress = 0;
     mTransfer->getProgress(progress);
-    mLink->answer(answerOf(-416));
-    started(answerOf(-202));
+    mLink->answer(peerAnswer(-416));
+    started(peerAnswer(-202));
     EXPECT_EQ(mTransfer->getError().errorCode(), -202);
 }
 
 TEST_F(RemoteDownloadStart, ASecondOneClearsTheErrorAndTellsThePeerAgain) {
     mTransfer->start({});
-    mLink->answer(answerOf(-425));
+    mLink->answer(peerAnswer(-425));
     EXPECT_EQ(mTransfer->start({}).errorCode(), 0);
     EXPECT_EQ(mTransfer->getError().errorCode(), 0);
     EXPECT_EQ(mLink->count(kStart), 2U);
@@ -145,7 +145,7 @@ TEST_F(RemoteDownloadStart, ASecondOneLeavesTheLastPositionAndFinish) {
 TEST_F(RemoteDownloadStart, NeverCallsBackOnSuccess) {
     int calls = 0;
     mTransfer->start([&calls] { ++calls; });
-    mLink->answer(answerOf(0));
+    mLink->answer(peerAnswer(0));
     float progress = 0;
     mTransfer->getProgress(progress);
     mLink->answer(R"({"pos":1.0,"finish":true})");
@@ -156,7 +156,7 @@ TEST_F(RemoteDownloadStart, NeverCallsBackOnSuccess) {
 TEST_F(RemoteDownloadStart, NeverCallsBackOnFailure) {
     int calls = 0;
     mTransfer->start([&calls] { ++calls; });
-    mLink->answer(answerOf(-425));
+    mLink->answer(peerAnswer(-425));
     float progress = 0;
     mTransfer->getProgress(progress);
     mLink->answer("sorry");
@@ -212,7 +212,7 @@ TEST_F(RemoteDownloadStart, AnswersAfterTheLastOwnerLetGoDoNothing) {
     float progress = 0;
     mTransfer->getProgress(progress);
     mTransfer.reset();
-    for (const auto& request : mLink->requests()) request.answer(answerOf(-425));
+    for (const auto& request : mLink->requests()) request.answer(peerAnswer(-425));
     EXPECT_TRUE(mLog.entries().empty());
 }
 

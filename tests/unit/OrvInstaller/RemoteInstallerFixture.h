@@ -23,7 +23,7 @@ protected:
         progress();
         mLink->answer(message);
     }
-    void pollAnswered(const std::string& document) { pollAnswered(support::answerWith(document)); }
+    void pollAnswered(const std::string& document) { pollAnswered(support::peerDocument(document)); }
     size_t polls() const { return mLink->count(kInstallPos); }
     int error() { return mInstaller->getError().errorCode(); }
 

@@ -2,7 +2,7 @@
 #include "RemoteInstallerFixture.h"
 
 using namespace Tarnwick::OrvUpdate;
-using support::answerOf;
+using support::peerAnswer;
 
 namespace {
 
@@ -46,13 +46,13 @@ TEST_F(RemoteInstallerPoll, AnAnswerToAnEarlierOneOpensTheGateToo) {
     const auto first = mLink->requests().back().answer;
     mClock.advance(5000);
     progress();
-    first(support::answerWith(R"({"pos":0.5})"));
+    first(support::peerDocument(R"({"pos":0.5})"));
     EXPECT_EQ(progress(), 0.5F);
     EXPECT_EQ(polls(), 3U);
 }
 
 TEST_F(RemoteInstallerPoll, AnswerThatOutrunsThePushIsOver) {
-    mLink->answerAtOnce([](const auto&) { return support::answerWith(R"({"pos":0.5})"); });
+    mLink->answerAtOnce([](const auto&) { return support::peerDocument(R"({"pos":0.5})"); });
     EXPECT_EQ(progress(), 0.5F);
     EXPECT_EQ(progress(), 0.5F);
     EXPECT_EQ(polls(), 2U);
@@ -72,7 +72,7 @@ TEST_F(RemoteInstallerPoll, FinishMayBeTakenBackByAnAnswerThatWasOut) {
     mClock.advance(5000);
     pollAnswered(R"({"finish":true})");
     EXPECT_TRUE(mInstaller->finish());
-    first(support::answerWith(R"({"finish":false})"));
+    first(support::peerDocument(R"({"finish":false})"));
     EXPECT_FALSE(mInstaller->finish());
 }
 
@@ -112,9 +112,9 @@ TEST_F(RemoteInstallerPoll, AnAnswerOfZeroAfterAFailureClearsItAndPollingResumes
     progress();
     const auto first = mLink->requests().back().answer;
     mClock.advance(5000);
-    pollAnswered(answerOf(-416));
+    pollAnswered(peerAnswer(-416));
     EXPECT_EQ(error(), -416);
-    first(support::answerWith(R"({"pos":0.5})"));
+    first(support::peerDocument(R"({"pos":0.5})"));
     EXPECT_EQ(error(), 0);
     EXPECT_EQ(progress(), 0.5F);
     EXPECT_EQ(polls(), 3U);
@@ -124,14 +124,14 @@ TEST_F(RemoteInstallerPoll, ABrokenAnswerOfZeroAfterAFailureTakesItsPlace) {
     progress();
     const auto first = mLink->requests().back().answer;
     mClock.advance(5000);
-    pollAnswered(answerOf(-416));
-    first(answerOf(0));
+    pollAnswered(peerAnswer(-416));
+    first(peerAnswer(0));
     EXPECT_EQ(error(), -301);
 }
 
 TEST_P(RemoteInstallerEnds, WithAnErrorInAnAnswer) {
     pollAnswered(R"({"pos":0.5})");
-    pollAnswered(answerOf(GetParam(), nullptr, "why"));
+    pollAnswered(peerAnswer(GetParam(), nullptr, "why"));
     const ErrorInfo failure = mInstaller->getError();
     EXPECT_EQ(failure.errorCode(), GetParam());
     EXPECT_EQ(failure.errorMessage(), "why");
@@ -176,7 +176,7 @@ INSTANTIATE_TEST_SUITE_P(Documents, RemoteInstallerReads, testing::ValuesIn(supp
 
 TEST_F(RemoteInstallerPoll, MayBeDrivenFromManyThreadsWhileAnswersCome) {
     mLink->answerAtOnce([](const auto& request) {
-        return request.topic == kInstallPos ? support::answerWith(R"({"pos":0.5})") : answerOf(-203);
+        return request.topic == kInstallPos ? support::peerDocument(R"({"pos":0.5})") : peerAnswer(-203);
     });
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {

@@ -4,7 +4,7 @@
 #include "VersionRequest.h"
 
 using namespace Tarnwick::OrvUpdate;
-using support::answerOf;
+using support::peerAnswer;
 
 namespace {
 
@@ -33,7 +33,7 @@ TEST_F(RemoteInstallerStart, UsesNoneOfItsArguments) {
     int calls = 0;
     mInstaller->start("", false, [&calls] { ++calls; });
     mInstaller->start("C:\\Elsewhere", true, [&calls] { ++calls; });
-    mLink->answer(answerOf(0));
+    mLink->answer(peerAnswer(0));
     pollAnswered(R"({"pos":1.0,"finish":true})");
     EXPECT_EQ(mLink->requests()[0].body, mLink->requests()[1].body);
     EXPECT_EQ(calls, 0);
@@ -85,7 +85,7 @@ TEST_F(RemoteInstallerStart, ThatCannotBeSentGivesZeroAndTellsAnError) {
 
 TEST_F(RemoteInstallerStart, TakesTheErrorOfTheAnswer) {
     start();
-    mLink->answer(answerOf(-416, nullptr, "not here"));
+    mLink->answer(peerAnswer(-416, nullptr, "not here"));
     EXPECT_EQ(error(), -416);
     EXPECT_EQ(mInstaller->getError().errorMessage(), "not here");
     EXPECT_TRUE(mLog.has(2, "remote install fail! errcode:-416"));
@@ -101,7 +101,7 @@ TEST_F(RemoteInstallerStart, DoesNotReadTheAnswersBody) {
 }
 
 TEST_F(RemoteInstallerStart, AnswerThatOutrunsThePushIsTaken) {
-    mLink->answerAtOnce([](const auto&) { return answerOf(-416); });
+    mLink->answerAtOnce([](const auto&) { return peerAnswer(-416); });
     EXPECT_EQ(start().errorCode(), 0);
     EXPECT_EQ(error(), -416);
 }
@@ -113,7 +113,7 @@ TEST_F(RemoteInstallerStart, AnswerOfZeroClearsAnEarlierFailure) {
     mLink->refuse(false);
     start();
     EXPECT_EQ(error(), -1);
-    mLink->answer(answerOf(0));
+    mLink->answer(peerAnswer(0));
     EXPECT_EQ(error(), 0);
 }
 
@@ -135,7 +135,7 @@ TEST_F(RemoteInstallerStart, AnswersAfterTheLastOwnerLetGoDoNothing) {
     const std::weak_ptr<RemoteInstaller> watch = mInstaller;
     mInstaller.reset();
     EXPECT_TRUE(watch.expired());
-    for (const auto& request : mLink->requests()) request.answer(answerOf(-416));
+    for (const auto& request : mLink->requests()) request.answer(peerAnswer(-416));
     EXPECT_TRUE(mLog.entries().empty());
 }
 
@@ -143,7 +143,7 @@ TEST_F(RemoteInstallerStart, AnswersAfterTheLastOwnerLetGoDoNothing) {
 
 TEST_P(RemoteInstallerPassing, InTheAnswerToTheStartDoNotCount) {
     start();
-    mLink->answer(answerOf(GetParam()));
+    mLink->answer(peerAnswer(GetParam()));
     EXPECT_EQ(error(), 0);
     EXPECT_TRUE(mLog.entries().empty());
     progress();
@@ -152,7 +152,7 @@ TEST_P(RemoteInstallerPassing, InTheAnswerToTheStartDoNotCount) {
 
 TEST_P(RemoteInstallerPassing, InTheAnswerToAPollDoNotCountAndTheNextAsksAtOnce) {
     pollAnswered(R"({"pos":0.5})");
-    pollAnswered(answerOf(GetParam()));
+    pollAnswered(peerAnswer(GetParam()));
     EXPECT_EQ(error(), 0);
     EXPECT_TRUE(mLog.entries().empty());
     EXPECT_EQ(progress(), 0.5F);
@@ -162,9 +162,9 @@ TEST_P(RemoteInstallerPassing, InTheAnswerToAPollDoNotCountAndTheNextAsksAtOnce)
 TEST_P(RemoteInstallerPassing, LeaveAnEarlierFailureAsItIs) {
     progress();
     const auto first = mLink->requests().back().answer;
-    pollAnswered(answerOf(-416));
+    pollAnswered(peerAnswer(-416));
     mClock.advance(5000);
-    first(answerOf(GetParam()));
+    first(peerAnswer(GetParam()));
     EXPECT_EQ(error(), -416);
 }
 
@@ -206,14 +206,14 @@ TEST_F(RemoteInstallerLimit, EndsThePolling) {
 
 TEST_F(RemoteInstallerLimit, HidesAFailureThatCameBefore) {
     start();
-    mLink->answer(answerOf(-416));
+    mLink->answer(peerAnswer(-416));
     mClock.advance(180000);
     EXPECT_EQ(error(), -1);
 }
 
 TEST_F(RemoteInstallerLimit, CountsHoweverWellTheInstallationGoes) {
     start();
-    mLink->answer(answerOf(0));
+    mLink->answer(peerAnswer(0));
     pollAnswered(R"({"pos":1.0,"finish":true})");
     mClock.advance(180000);
     EXPECT_EQ(error(), -1);

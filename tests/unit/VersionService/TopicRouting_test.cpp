@@ -54,6 +54,6 @@ TEST_P(TopicRouting, ServiceWithoutACatalogueRoutesAsWell) {
 
 INSTANTIATE_TEST_SUITE_P(Table, TopicRouting,
                          testing::Values("requestversion", "requestreleasehistory", "queryversion",
-                                         "queryreleasehistory", "downloadversion", "startinstall", "getinstallpos",
-                                         "startdownload", "getdownloadpos", "notifyupdate"),
+                                         "queryreleasehistory", "downloadversion", "postversion", "startinstall",
+                                         "getinstallpos", "startdownload", "getdownloadpos", "notifyupdate"),
                          [](const auto& one) { return one.param; });

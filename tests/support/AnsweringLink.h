@@ -13,7 +13,7 @@
 namespace support {
 
 /// An answer as a node receives it. @param record null for none
-inline std::shared_ptr<MQMessage> answerOf(int code, const TWPacket* record = nullptr, const std::string& text = {}) {
+inline std::shared_ptr<MQMessage> peerAnswer(int code, const TWPacket* record = nullptr, const std::string& text = {}) {
     const auto frame = std::make_shared<Tarnwick::MQ::Frame>();
     frame->kind = Tarnwick::MQ::FrameKind_Answer;
     frame->errorCode = code;
@@ -23,14 +23,14 @@ inline std::shared_ptr<MQMessage> answerOf(int code, const TWPacket* record = nu
 }
 
 /// A success with that document.
-inline std::shared_ptr<MQMessage> answerWith(const std::string& document) {
+inline std::shared_ptr<MQMessage> peerDocument(const std::string& document) {
     Tarnwick::Protocol::TWProtoUpgradePkt packet;
     packet.body = document;
-    return answerOf(0, &packet);
+    return peerAnswer(0, &packet);
 }
 
 /// Pushes to a node are noted; the other ways of sending are refused. May be used from several threads.
-class ScriptedLink : public FakeConnection {
+class AnsweringLink : public FakeConnection {
 public:
     struct Request {
         std::string to;
@@ -80,7 +80,7 @@ public:
     }
     /// Answers the last request.
     void answer(const std::shared_ptr<MQMessage>& message) const { requests().back().answer(message); }
-    void answer(const std::string& document) const { answer(answerWith(document)); }
+    void answer(const std::string& document) const { answer(peerDocument(document)); }
 
 private:
     mutable std::mutex mMutex;
