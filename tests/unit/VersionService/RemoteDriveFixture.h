@@ -50,8 +50,10 @@ protected:
         }
         return nullptr;
     }
-    std::shared_ptr<RemoteDownload> download(const std::string& peer = "server") {
-        return std::make_shared<RemoteDownload>(mClient, mVersion, peer);
+    std::shared_ptr<IDownload> download(const std::string& peer = "server") {
+        const auto transfer = IDownload::createRemoteDownload(mClientRequest, mVersion, peer);
+        EXPECT_NE(std::dynamic_pointer_cast<RemoteDownload>(transfer), nullptr);
+        return transfer;
     }
     std::shared_ptr<IInstaller> installer(const std::string& peer = "server") {
         return IInstaller::createRemoteInstaller(mClientRequest, mVersion, peer);
