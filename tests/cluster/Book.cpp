@@ -84,7 +84,7 @@ std::vector<std::string> Book::violations() const {
     return mViolations;
 }
 
-void Book::probe(const std::string& where, const std::function<void()>& operations) {
+bool Book::probe(const std::string& where, const std::function<void()>& operations) {
     struct Answer {
         std::mutex mutex;
         std::condition_variable changed;
@@ -104,10 +104,11 @@ void Book::probe(const std::string& where, const std::function<void()>& operatio
     }
     if (came) {
         other.join();
-        return;
+        return true;
     }
     violation(where + " runs while a lock is held: another operation does not return");
     other.detach();
+    return false;
 }
 
 void Book::count(const std::string& what) {

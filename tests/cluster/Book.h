@@ -63,7 +63,8 @@ public:
     std::vector<std::string> violations() const;
 
     /// In a callback of an object: its other operations, called on another thread, must return meanwhile.
-    void probe(const std::string& where, const std::function<void()>& operations);
+    /// @return false when they do not
+    bool probe(const std::string& where, const std::function<void()>& operations);
 
     /// Counts what happened, for the tally of many runs.
     void count(const std::string& what);

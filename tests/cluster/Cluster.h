@@ -55,6 +55,8 @@ public:
     void healAll();
     /// True once anything of the above has been done to links or nodes.
     bool troubled() const { return mTroubled; }
+    void noteTrouble() { mTroubled = true; }
+    Pace pace() const { return mPace; }
 
 private:
     void settleInSteps();

@@ -64,8 +64,11 @@ private:
     Entry pickEntry(ClusterNode& node, bool elsewhere = false);
     std::string pickPeer(const ClusterNode& node);
     std::shared_ptr<Tarnwick::OrvUpdate::PostDownload> makePush(ClusterNode& node, const std::string& path,
-                                                                const std::string& peer);
+                                                                const std::string& peer,
+                                                                Tarnwick::OrvUpdate::VersionSource source);
     void begin(ClusterNode& node, const std::string& what, const Transfer& transfer, size_t mostCalls);
+    void expectArrival(Tarnwick::OrvUpdate::IDownload& transfer, const std::string& what, const std::string& version,
+                       const std::string& target);
     void releaseAllOf(const Transfer& transfer);
 
     Cluster& mCluster;

@@ -1,7 +1,9 @@
 // Transfers of packages.
 #include <array>
+#include <optional>
 
 #include "Deeds.h"
+#include "FileText.h"
 #include "ForwardDownload.h"
 #include "OrvDownload/ConnectionProviders.h"
 #include "OrvVersion.h"
@@ -16,16 +18,26 @@ using namespace Tarnwick::OrvUpdate;
 
 namespace {
 
-void probeTransfer(Book& book, const std::string& where, const std::shared_ptr<IDownload>& transfer) {
-    book.probe(where, [transfer] {
+struct Seen {
+    int error = 0;
+    bool whole = false;
+};
+
+/// Looks at the transfer from another thread, as it must be possible in its callback.
+std::optional<Seen> look(Book& book, const std::string& where, const std::shared_ptr<IDownload>& transfer) {
+    const auto seen = std::make_shared<Seen>();
+    const bool came = book.probe(where, [transfer, seen] {
         float progress = 0;
         std::string name;
         transfer->getProgress(progress);
         transfer->getFileName(name);
-        transfer->getError();
-        transfer->finish();
+        seen->error = transfer->getError().errorCode();
+        seen->whole = transfer->finish();
     });
+    return came ? std::optional<Seen>(*seen) : std::nullopt;
 }
+
+std::string sourceName(VersionSource source) { return source == VersionSource_Online ? "Online" : "Manual"; }
 
 }  // namespace
 
@@ -63,10 +75,10 @@ void Deeds::begin(ClusterNode& node, const std::string& what, const Transfer& tr
             activity->called(kDone, "after the transfer's end");
             return;
         }
-        const auto error = running->getError();
-        activity->called(kDone, std::to_string(error.errorCode()) + (running->finish() ? " whole" : ""));
-        pages->count(kindOf(*running) + (running->finish() ? " finished" : " failed"));
-        probeTransfer(*pages, activity->name(), running);
+        const auto seen = look(*pages, activity->name(), running);
+        if (!seen) return;
+        activity->called(kDone, std::to_string(seen->error) + (seen->whole ? " whole" : ""));
+        pages->count(kindOf(*running) + (seen->whole ? " finished" : " failed"));
     });
     if (started) {
         activity->called("refused", std::to_string(started.errorCode()));
@@ -90,7 +102,24 @@ void Deeds::fetch(ClusterNode& node) {
     }
     // Whoever waits for a download under the same key hears of every run of it.
     const bool download = kindOf(*transfer) == "download";
-    begin(node, kindOf(*transfer) + " " + nameOf(*entry), transfer, download ? 1000 : 1);
+    const auto what = kindOf(*transfer) + " " + nameOf(*entry);
+    begin(node, what, transfer, download ? 1000 : 1);
+    if (transfer->finish()) expectArrival(*transfer, what, entry->getVersion().toString(), entry->getPackageFile());
+}
+
+/// Where nothing has gone wrong in the run so far, the transfer has finished and the package is there.
+void Deeds::expectArrival(IDownload& transfer, const std::string& what, const std::string& version,
+                          const std::string& target) {
+    if (mCluster.troubled()) return;
+    const auto* package = packageOf(version);
+    if (!transfer.finish()) {
+        book().violation(what + " failed with " + std::to_string(transfer.getError().errorCode()) +
+                         " though nothing was wrong");
+    } else if (!package || support::readText(target) != package->bytes) {
+        book().violation(what + " has finished, but " + target + " is not the package");
+    } else {
+        book().count("arrival seen");
+    }
 }
 
 void Deeds::releaseAllOf(const Transfer& transfer) {
@@ -121,16 +150,20 @@ void Deeds::push(ClusterNode& node) {
     const auto& package = mDice.pick(packages());
     const auto peer = pickPeer(node);
     if (peer.empty()) return;
-    const auto transfer = makePush(node, mCluster.machine().chosenPackage(package.version), peer);
+    const auto source = mDice.chance(50) ? VersionSource_Online : VersionSource_Manual;
+    const auto transfer = makePush(node, mCluster.machine().chosenPackage(package.version), peer, source);
     node.keep(transfer);
-    begin(node, "push " + package.version + " to " + peer, transfer, 1);
+    const auto what = "push " + package.version + " to " + peer;
+    begin(node, what, transfer, 1);
+    expectArrival(*transfer, what, package.version,
+                  mCluster.machine().storeOf(peer) + "/" + placeOf(package.version, sourceName(source)));
 }
 
-std::shared_ptr<PostDownload> Deeds::makePush(ClusterNode& node, const std::string& path, const std::string& peer) {
+std::shared_ptr<PostDownload> Deeds::makePush(ClusterNode& node, const std::string& path, const std::string& peer,
+                                              VersionSource source) {
     std::shared_ptr<IGetConnection> provider;
     if (node.client()) provider = std::make_shared<GetClientConnection>(node.client());
     if (node.server()) provider = std::make_shared<GetServerConnection>(node.server(), peer);
-    const auto source = mDice.chance(50) ? VersionSource_Online : VersionSource_Manual;
     return std::make_shared<PostDownload>(node.request(), path, provider, source, peer);
 }
 
@@ -140,7 +173,8 @@ void Deeds::forward(ClusterNode& node) {
     if (!entry || peer.empty()) return;
     const auto first = entry->getDownload(node.request());
     if (!first) return;
-    const auto both = std::make_shared<ForwardDownload>(first, makePush(node, entry->getPackageFile(), peer));
+    const auto both =
+        std::make_shared<ForwardDownload>(first, makePush(node, entry->getPackageFile(), peer, VersionSource_Online));
     node.keep(both);
     begin(node, "forward of " + nameOf(*entry) + " to " + peer, both, 2);
 }

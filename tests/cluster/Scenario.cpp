@@ -59,7 +59,8 @@ void Scenario::play() {
     for (auto* node : mCluster.alive()) {
         if (mDice.chance(70)) mDeeds.queryVersions(*node);
     }
-    if (mDice.chance(75)) changeFaults();
+    mQuiet = mDice.chance(15);
+    if (!mQuiet && mDice.chance(75)) changeFaults();
     const size_t steps = mDice.between(20, 70);
     for (size_t i = 0; i < steps; ++i) {
         step();
@@ -70,26 +71,29 @@ void Scenario::play() {
 
 void Scenario::step() {
     static const std::array<Choice, 15> choices{{
-        {14, &Scenario::askSomething},
-        {24, &Scenario::moveSomething},
-        {7, &Scenario::installSomething},
-        {9, &Scenario::pollSomething},
-        {4, &Scenario::cancelSomething},
-        {18, &Scenario::passTime},
-        {3, &Scenario::passLongTime},
-        {4, &Scenario::changeFaults},
-        {5, &Scenario::cutSomething},
-        {5, &Scenario::mendSomething},
-        {3, &Scenario::hangSomething},
-        {3, &Scenario::wakeSomething},
-        {3, &Scenario::endSomething},
-        {3, &Scenario::beginSomething},
-        {2, &Scenario::restartAService},
+        {14, false, &Scenario::askSomething},
+        {24, false, &Scenario::moveSomething},
+        {7, false, &Scenario::installSomething},
+        {9, false, &Scenario::pollSomething},
+        {4, true, &Scenario::cancelSomething},
+        {18, false, &Scenario::passTime},
+        {3, true, &Scenario::passLongTime},
+        {4, true, &Scenario::changeFaults},
+        {5, true, &Scenario::cutSomething},
+        {5, true, &Scenario::mendSomething},
+        {3, true, &Scenario::hangSomething},
+        {3, true, &Scenario::wakeSomething},
+        {3, true, &Scenario::endSomething},
+        {3, true, &Scenario::beginSomething},
+        {2, true, &Scenario::restartAService},
     }};
     unsigned total = 0;
-    for (const auto& choice : choices) total += choice.weight;
+    for (const auto& choice : choices) {
+        if (!mQuiet || !choice.trouble) total += choice.weight;
+    }
     size_t drawn = mDice.below(total);
     for (const auto& choice : choices) {
+        if (mQuiet && choice.trouble) continue;
         if (drawn < choice.weight) {
             (this->*choice.act)();
             return;
@@ -239,6 +243,7 @@ void Scenario::restartAService() {
     auto* node = anyNode();
     if (!node) return;
     mCluster.log().add(node->id() + (node->serving() ? " ends its service" : " starts its service"));
+    mCluster.noteTrouble();
     node->serving() ? node->stopService() : node->startService();
     mCluster.settle();
 }

@@ -22,6 +22,7 @@ public:
 private:
     struct Choice {
         unsigned weight;
+        bool trouble;
         void (Scenario::*act)();
     };
 
@@ -48,6 +49,7 @@ private:
     Cluster& mCluster;
     RunDice& mDice;
     Deeds mDeeds;
+    bool mQuiet = false;  ///< nothing fails in this run
     std::vector<std::pair<std::string, std::string>> mCut;
     std::vector<std::string> mHung;
 };
