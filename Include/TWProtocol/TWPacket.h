@@ -33,6 +33,8 @@ public:
     void element(uint32_t field, const struct TWPacket& nested);
     /// Eight bytes, lowest first; written also when the value is 0.
     void fixed(uint32_t field, uint64_t value);
+    /// What stands in front of a text of that size.
+    void lead(uint32_t field, size_t size);
     /// Makes room at once for a record of about that size.
     void reserve(size_t bytes) { mBytes.reserve(bytes); }
     std::string take() { return std::move(mBytes); }
@@ -59,6 +61,8 @@ struct ORV_PLATFORM_API TWField {
 
     /// Each gives false when the field is of another kind, or the number does not fit.
     bool to(std::string& out) const;
+    /// Looks into the input.
+    bool to(std::string_view& out) const;
     bool to(uint32_t& out) const;
     bool to(int32_t& out) const;
     bool to(uint64_t& out) const;

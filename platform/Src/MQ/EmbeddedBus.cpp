@@ -41,17 +41,18 @@ void EmbeddedBus::leave(const std::string& id) {
     mLeft.wait(lock, [&] { return node->running == here; });
 }
 
-bool EmbeddedBus::send(const std::string& from, const std::string& to, const std::string& frame) {
-    if (frame.size() > kMaxFrame) return false;
+bool EmbeddedBus::sendParts(const std::string& from, const std::string& to, const std::string& head,
+                            const Public::Base::SharedBuffer& tail) {
+    if (head.size() + tail.size() > kMaxFrame) return false;
     std::lock_guard lock(mMutex);
     const auto sender = mNodes.find(from);
     const auto target = mNodes.find(to);
     if (sender == mNodes.end() || target == mNodes.end() || isCut(from, to)) return false;
     const LinkKey key{from, to};
-    auto dice = diceFor(key, frame);
+    auto dice = diceFor(key, head);
     if (sender->second->stopped || target->second->stopped || dice.chance(faultsOf(key).drop)) return true;
     const int copies = dice.chance(faultsOf(key).duplicate) ? 2 : 1;
-    for (int i = 0; i < copies; ++i) submit(key, Item{target->second, frame}, dice);
+    for (int i = 0; i < copies; ++i) submit(key, Item{target->second, head, tail}, dice);
     return true;
 }
 
@@ -144,15 +145,20 @@ void EmbeddedBus::drain(const LinkKey& key) {
 void EmbeddedBus::run(const LinkKey& key, Item& item) {
     runningHere().push_back(item.target.get());
     const auto& endpoint = item.target->endpoint;
-    if (!item.lost && endpoint.onFrame) endpoint.onFrame(key.first, std::move(item.frame));
-    if (item.lost && endpoint.onLost) endpoint.onLost(key.first);
+    if (item.lost) {
+        if (endpoint.onLost) endpoint.onLost(key.first);
+    } else if (endpoint.onParts) {
+        endpoint.onParts(key.first, item.head, item.tail);
+    } else if (endpoint.onFrame) {
+        endpoint.onFrame(key.first, item.head + item.tail.toStdString());
+    }
     runningHere().pop_back();
 }
 
 /// With the lock held. The notice follows the frames that are under way.
 void EmbeddedBus::notifyLost(const std::string& gone, const std::string& other) {
     const auto target = mNodes.find(other);
-    if (target != mNodes.end() && !target->second->stopped) enqueue({gone, other}, Item{target->second, {}, true});
+    if (target != mNodes.end() && !target->second->stopped) enqueue({gone, other}, Item{target->second, {}, {}, true});
 }
 
 bool EmbeddedBus::linked(const std::string& from, const std::string& to) {

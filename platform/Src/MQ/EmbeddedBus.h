@@ -40,7 +40,11 @@ public:
 
     bool join(const std::string& id, const Endpoint& endpoint) override;
     void leave(const std::string& id) override;
-    bool send(const std::string& from, const std::string& to, const std::string& frame) override;
+    bool send(const std::string& from, const std::string& to, const std::string& frame) override {
+        return sendParts(from, to, frame, {});
+    }
+    bool sendParts(const std::string& from, const std::string& to, const std::string& head,
+                   const Public::Base::SharedBuffer& tail) override;
     bool linked(const std::string& from, const std::string& to) override;
     std::vector<std::string> peers(const std::string& id) override;
     size_t maxFrame() const override { return kMaxFrame; }
@@ -75,7 +79,8 @@ private:
     };
     struct Item {
         std::shared_ptr<Node> target;  ///< as joined when the item was sent: a successor gets nothing of it
-        std::string frame;
+        std::string head;              ///< of the frame
+        Public::Base::SharedBuffer tail = {};
         bool lost = false;  ///< the notice that the sender's link has failed
     };
     struct Link {

@@ -9,6 +9,10 @@ namespace Tarnwick::MQ {
 
 namespace {
 
+constexpr uint32_t kBody = 11;
+/// A smaller body is copied sooner than it is carried apart.
+constexpr size_t kLeastApart = 4096;
+
 std::string_view view(const Public::Base::SharedBuffer& buffer) { return {buffer.buf(), buffer.size()}; }
 
 bool complete(const Frame& frame) {
@@ -34,6 +38,13 @@ std::string beginning(FrameKind kind) {
     return encodeFrame(frame);
 }
 
+/// What stands in front of a body of that size.
+std::string bodyLead(size_t size) {
+    Tarnwick::Protocol::TWFieldWriter writer;
+    writer.lead(kBody, size);
+    return writer.take();
+}
+
 }  // namespace
 
 void Frame::writeFields(Tarnwick::Protocol::TWFieldWriter& writer) const {
@@ -47,7 +58,6 @@ void Frame::writeFields(Tarnwick::Protocol::TWFieldWriter& writer) const {
     writer.text(8, session);
     writer.number(9, static_cast<uint64_t>(static_cast<int64_t>(errorCode)));
     writer.text(10, errorText);
-    writer.text(11, view(body));
     writer.text(12, view(authen));
     writer.number(13, token);
     writer.number(14, level);
@@ -55,6 +65,7 @@ void Frame::writeFields(Tarnwick::Protocol::TWFieldWriter& writer) const {
     writer.number(17, systemServer);
     for (const auto& server : servers) writer.element(18, server);
     writer.text(19, master);
+    writer.text(kBody, view(body));  // last, so that it can be a part of its own
 }
 
 bool Frame::readField(const Tarnwick::Protocol::TWField& field) {
@@ -79,7 +90,7 @@ bool Frame::readField(const Tarnwick::Protocol::TWField& field) {
             return field.to(errorCode);
         case 10:
             return field.to(errorText);
-        case 11:
+        case kBody:
             return field.to(body);
         case 12:
             return field.to(authen);
@@ -105,10 +116,29 @@ std::string encodeFrame(const Frame& frame) {
     return Tarnwick::Protocol::encodeRecord(frame, kAllButBytes + frame.body.size() + frame.authen.size());
 }
 
+FrameParts encodeParts(const Frame& frame) {
+    if (frame.body.size() < kLeastApart) return {encodeFrame(frame), {}};
+    auto rest = frame;
+    rest.body = {};
+    return {encodeFrame(rest) + bodyLead(frame.body.size()), frame.body};
+}
+
 std::shared_ptr<const Frame> decodeFrame(std::string_view bytes) {
     auto frame = std::make_shared<Frame>();
     if (!Tarnwick::Protocol::TWPacket::parseBytes(bytes, *frame) || !complete(*frame)) return nullptr;
     return frame;
+}
+
+std::shared_ptr<const Frame> decodeParts(std::string_view head, const Public::Base::SharedBuffer& tail) {
+    if (tail.empty()) return decodeFrame(head);
+    const auto lead = bodyLead(tail.size());
+    auto frame = std::make_shared<Frame>();
+    if (head.ends_with(lead) &&
+        Tarnwick::Protocol::TWPacket::parseBytes(head.substr(0, head.size() - lead.size()), *frame)) {
+        frame->body = tail;
+        return complete(*frame) ? frame : nullptr;
+    }
+    return decodeFrame(std::string(head).append(tail.buf(), tail.size()));
 }
 
 bool beginsAsPresence(std::string_view bytes) {

@@ -49,8 +49,20 @@ struct Frame : Tarnwick::Protocol::TWPacket {
 };
 
 std::string encodeFrame(const Frame& frame);
+
+/// The bytes of a frame, of which a large body need not be copied.
+struct FrameParts {
+    std::string head;
+    Public::Base::SharedBuffer tail;
+
+    size_t size() const { return head.size() + tail.size(); }
+};
+/// Both parts, one after the other, are what encodeFrame gives.
+FrameParts encodeParts(const Frame& frame);
 /// Null for bytes that are no frame, for a kind of a later version, and for a frame that lacks what its kind needs.
 std::shared_ptr<const Frame> decodeFrame(std::string_view bytes);
+/// The same for both parts. A tail that is the frame's body is shared with it.
+std::shared_ptr<const Frame> decodeParts(std::string_view head, const Public::Base::SharedBuffer& tail);
 /// True for bytes that begin as an announcement, a greeting or a list does; looks no further.
 bool beginsAsPresence(std::string_view bytes);
 

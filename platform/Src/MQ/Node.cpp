@@ -44,7 +44,11 @@ bool Node::open() {
     const auto weak = weak_from_this();
     Bus::Endpoint endpoint;
     endpoint.onFrame = [weak](const std::string& from, const std::string& bytes) {
-        if (const auto node = weak.lock()) node->onFrame(from, bytes);
+        if (const auto node = weak.lock()) node->onFrame(from, bytes, {});
+    };
+    endpoint.onParts = [weak](const std::string& from, const std::string& head,
+                              const Public::Base::SharedBuffer& tail) {
+        if (const auto node = weak.lock()) node->onFrame(from, head, tail);
     };
     endpoint.onLost = [weak](const std::string& peer) {
         if (const auto node = weak.lock()) node->onLost(peer);
@@ -95,7 +99,7 @@ uint32_t Node::push(const std::string& peer, Frame frame, const ResponseCallback
         if (const auto node = weak.lock()) node->expire(id);
     });
     if (!mPending.setDeadline(entry->id, key)) mDeadlines->cancel(key);
-    if (transmit(peer, encodeFrame(frame))) return entry->id;
+    if (transmit(peer, encodeParts(frame))) return entry->id;
     // Whoever took the entry meanwhile calls the callback; then the push counts as made.
     if (!mPending.take(entry->id)) return entry->id;
     mDeadlines->cancel(key);
@@ -105,12 +109,12 @@ uint32_t Node::push(const std::string& peer, Frame frame, const ResponseCallback
 bool Node::respond(Frame answer) {
     if (answer.kind != FrameKind_Answer) return false;
     answer.sender = mId;
-    const auto bytes = encodeFrame(answer);
-    if (bytes.size() <= mBus->maxFrame()) return transmit(answer.waiter, bytes);
+    const auto parts = encodeParts(answer);
+    if (parts.size() <= mBus->maxFrame()) return transmit(answer.waiter, parts);
     // An answer that the bus cannot carry would leave the other side waiting for its time-out.
     auto failure = answerTo(answer, Public::Base::ErrorCode_Failed);
     failure.sender = mId;
-    transmit(answer.waiter, encodeFrame(failure));
+    transmit(answer.waiter, encodeParts(failure));
     return false;
 }
 
@@ -121,24 +125,24 @@ bool Node::forward(const std::string& peer, Frame request) {
         return false;
     }
     ++request.hops;
-    if (usable(peer) && transmit(peer, encodeFrame(request))) return true;
+    if (usable(peer) && transmit(peer, encodeParts(request))) return true;
     respond(answerTo(request, Public::Base::ErrorCode_LinkDead));
     return false;
 }
 
 /// What a node sends to itself does not depend on the bus.
-bool Node::transmit(const std::string& to, const std::string& bytes) {
-    if (mClosed || bytes.size() > mBus->maxFrame()) return false;
-    if (to != mId) return mBus->send(mId, to, bytes);
-    return mBus->post([weak = weak_from_this(), bytes] {
-        if (const auto node = weak.lock()) node->onFrame(node->mId, bytes);
+bool Node::transmit(const std::string& to, const FrameParts& parts) {
+    if (mClosed || parts.size() > mBus->maxFrame()) return false;
+    if (to != mId) return mBus->sendParts(mId, to, parts.head, parts.tail);
+    return mBus->post([weak = weak_from_this(), parts] {
+        if (const auto node = weak.lock()) node->onFrame(node->mId, parts.head, parts.tail);
     });
 }
 
 /// Runs on the link's turn, so it only sorts: handlers and callbacks get tasks of their own and cannot hold up the
 /// link.
-void Node::onFrame(const std::string& from, const std::string& bytes) {
-    const auto frame = decodeFrame(bytes);
+void Node::onFrame(const std::string& from, const std::string& head, const Public::Base::SharedBuffer& tail) {
+    const auto frame = decodeParts(head, tail);
     if (!frame || mClosed) return;
     switch (frame->kind) {
         case FrameKind_Request:

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "MQ/Deadlines.h"
+#include "MQ/Frame.h"
 #include "MQ/Membership.h"
 #include "MQ/PendingRequests.h"
 #include "MQ/Subscriptions.h"
@@ -43,7 +44,7 @@ public:
     bool forward(const std::string& peer, Frame request);
 
 private:
-    void onFrame(const std::string& from, const std::string& bytes);
+    void onFrame(const std::string& from, const std::string& head, const Public::Base::SharedBuffer& tail);
     void onLost(const std::string& peer);
     void onAnswer(const std::shared_ptr<const Frame>& answer, const std::string& from);
     void serve(const std::shared_ptr<const Frame>& request, const std::string& from);
@@ -51,7 +52,7 @@ private:
     void expire(uint32_t id);
     void beat();
     void armBeat(uint64_t next);
-    bool transmit(const std::string& to, const std::string& bytes);
+    bool transmit(const std::string& to, const FrameParts& parts);
     void fail(PendingRequests::Entry entry, int code);
     void call(PendingRequests::Entry entry, std::shared_ptr<const Frame> answer, const std::string& from);
     void post(std::function<void()> task);

@@ -123,9 +123,13 @@ void TWFieldWriter::text(uint32_t field, std::string_view bytes) {
     if (!bytes.empty()) element(field, bytes);
 }
 
-void TWFieldWriter::element(uint32_t field, std::string_view bytes) {
+void TWFieldWriter::lead(uint32_t field, size_t size) {
     tag(field, Bytes);
-    varint(bytes.size());
+    varint(size);
+}
+
+void TWFieldWriter::element(uint32_t field, std::string_view bytes) {
+    lead(field, bytes.size());
     mBytes.append(bytes);
 }
 
@@ -144,6 +148,12 @@ void TWFieldWriter::element(uint32_t field, const TWPacket& nested) {
 bool TWField::to(std::string& out) const {
     if (kind != Kind::Bytes) return false;
     if (!checking) out.assign(bytes);
+    return true;
+}
+
+bool TWField::to(std::string_view& out) const {
+    if (kind != Kind::Bytes) return false;
+    if (!checking) out = bytes;
     return true;
 }
 

@@ -3,6 +3,8 @@
 namespace Tarnwick::Protocol {
 
 void TWProtoUpgradeInfo::writeFields(TWFieldWriter& writer) const {
+    constexpr size_t kAllButTexts = 64;
+    writer.reserve(kAllButTexts + transferId.size() + data.size() + versionInfo.size());
     writer.text(1, transferId);
     writer.number(2, fileSize);
     writer.text(3, data);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Public/Base/PlatformExport.h"
+#include "Public/Base/SharedBuffer.h"
 #include "Public/Network/NetAddr.h"
 
 namespace Tarnwick::MQ {
@@ -33,6 +34,9 @@ public:
         std::function<void(const std::string& from, std::string frame)> onFrame;
         /// A node went or a link was cut: frames to it will not arrive. Earlier than its silence would tell.
         std::function<void(const std::string& id)> onLost;
+        /// A frame that was sent in two parts. May be empty: then onFrame gets both as one.
+        std::function<void(const std::string& from, const std::string& head, const Public::Base::SharedBuffer& tail)>
+            onParts = {};
     };
 
     virtual ~Bus() = default;
@@ -44,6 +48,11 @@ public:
     /// Sends one frame. Frames from one node to another arrive in order, once, or not at all. @return false when it is
     /// known that the frame will not arrive: no such node, a cut link, a frame larger than maxFrame
     virtual bool send(const std::string& from, const std::string& to, const std::string& frame) = 0;
+    /// The same for a frame whose end lies elsewhere; a bus that can does not copy it.
+    virtual bool sendParts(const std::string& from, const std::string& to, const std::string& head,
+                           const Public::Base::SharedBuffer& tail) {
+        return send(from, to, head + tail.toStdString());
+    }
     /// True while frames can be expected to pass.
     virtual bool linked(const std::string& from, const std::string& to) = 0;
     /// Ids of the other nodes that can be reached from that one.
