@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "FileObject.h"
 #include "IDownload.h"
@@ -54,7 +55,8 @@ private:
     void endUnsent(const Run& run, const ErrorInfo& error);
     void onResponse(const std::shared_ptr<Run>& run, const Response& message);
     ErrorInfo handleChunk(Run& run, const Response& message, Outcome& outcome);
-    Outcome store(Run& run, const Tarnwick::Protocol::TWProtoUpgradeInfo& answer, std::string& path);
+    Outcome store(Run& run, const Tarnwick::Protocol::TWProtoUpgradeInfo& answer, std::string_view data,
+                  std::string& path);
     Outcome openFile(std::string& path);
     void endRun(Run& run, const ErrorInfo& error);
     bool isCurrent(const Run& run);

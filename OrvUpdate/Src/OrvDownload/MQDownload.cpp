@@ -23,6 +23,16 @@ namespace {
 constexpr char kTopic[] = "topic_upgrade_downloadversion";
 constexpr unsigned kTimeoutMs = 60000;
 
+/// The chunk record of an answer, whose bytes stay in the message.
+struct ReceivedChunk : TWProtoUpgradeInfo {
+    std::string_view bytes;
+
+    bool readField(const Tarnwick::Protocol::TWField& field) override {
+        constexpr uint32_t kData = 3;
+        return field.number == kData ? field.to(bytes) : TWProtoUpgradeInfo::readField(field);
+    }
+};
+
 bool fits(uint32_t position, size_t length) { return length <= std::numeric_limits<uint32_t>::max() - position; }
 
 }  // namespace
@@ -124,13 +134,13 @@ ErrorInfo MQDownload::handleChunk(Run& run, const Response& message, Outcome& ou
         ORV_LOG(2, "OrvDownload", "errcode:%d", static_cast<int>(error.errorCode()));
         return error;
     }
-    TWProtoUpgradeInfo answer;
+    ReceivedChunk answer;
     if (!message->parseBody(&answer, false)) {
         ORV_LOG(2, "OrvDownload", "parsebody fail!");
         return {ErrorCode_Failed, ""};
     }
     std::string path;
-    outcome = answer.fileSize == 0 ? Outcome::More : store(run, answer, path);
+    outcome = answer.fileSize == 0 ? Outcome::More : store(run, answer, answer.bytes, path);
     switch (outcome) {
         case Outcome::VersionGone:
             ORV_LOG(2, "OrvDownload", "version == nullptr");
@@ -147,17 +157,18 @@ ErrorInfo MQDownload::handleChunk(Run& run, const Response& message, Outcome& ou
 }
 
 /// One step, so that cancel and a further start come before it or after it.
-MQDownload::Outcome MQDownload::store(Run& run, const TWProtoUpgradeInfo& answer, std::string& path) {
+MQDownload::Outcome MQDownload::store(Run& run, const TWProtoUpgradeInfo& answer, std::string_view data,
+                                      std::string& path) {
     std::lock_guard lock(mMutex);
     if (mRun.lock().get() != &run) return Outcome::Dropped;
     if (!mFile) {
         const Outcome opened = openFile(path);
         if (opened != Outcome::More) return opened;
     }
-    const size_t size = answer.data.size();
+    const size_t size = data.size();
     // Behind 4 GiB positions would begin at 0 again.
     if (!fits(answer.position, size) || !fits(run.request.position, size)) return Outcome::NotWritten;
-    if (mFile->writeAt(answer.position, answer.data.data(), size) != size) return Outcome::NotWritten;
+    if (mFile->writeAt(answer.position, data.data(), size) != size) return Outcome::NotWritten;
     run.request.position += static_cast<uint32_t>(size);
     run.request.fileSize = answer.fileSize;
     if (answer.position < answer.fileSize) {

@@ -67,7 +67,8 @@ TEST_F(NodeTransferSelection, HasNothingWithoutServerIdOrWithoutProvider) {
 
 TEST_F(NodeTransferSelection, AProviderThatReachesNobodyIsEnough) {
     const std::shared_ptr<IGetConnection> provider = std::make_shared<ScriptedProvider>();
-    const auto transfer = makeVersion("S2")->getDownload(provider);
+    const auto version = makeVersion("S2");
+    const auto transfer = version->getDownload(provider);
     ASSERT_TRUE(isPull(transfer));
     EXPECT_EQ(transfer->start({}).errorCode(), 0);
     EXPECT_EQ(transfer->getError().errorCode(), -200);
