@@ -107,6 +107,10 @@ std::string noiseContent(const std::string& name, int files, uint64_t bytesPerFi
     });
 }
 
+std::string noiseFile(const std::string& name, uint64_t bytes) {
+    return makeOnce(name, [&](const std::string& directory) { writeNoise(directory + "/noise", bytes, 1); }) + "/noise";
+}
+
 std::string package(const std::string& name, const std::string& content, const std::string& options) {
     const std::string path = dataPath(name + ".exe");
     if (fs::exists(path)) return path;

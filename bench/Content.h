@@ -20,6 +20,9 @@ enum class Noise {
 /// A directory of noise in files of equal size.
 std::string noiseContent(const std::string& name, int files, uint64_t bytesPerFile, Noise noise = Noise::Bytes);
 
+/// A file of noise.
+std::string noiseFile(const std::string& name, uint64_t bytes);
+
 /// A package of the version 1.0.0.0 for 64 bits, with that content, in both components' layout.
 /// @param options of the package script: the compressor and the storage
 std::string package(const std::string& name, const std::string& content, const std::string& options);

@@ -1,7 +1,7 @@
 // Measures the engine beside tools that do the same work, prints a table, and writes it as JSON.
 //
 //   orvbench [GROUP...]    dependencies, packages, signature, download, backup, store, catalogue, compatibility,
-//                         cluster, memory; all of them unless some are named
+//                         cluster, pull, memory; all of them unless some are named
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -32,6 +32,7 @@ const std::vector<Group> sGroups{{"dependencies", bench::measureDependencies},
                                  {"catalogue", bench::measureCatalogue},
                                  {"compatibility", bench::measureCompatibility},
                                  {"cluster", bench::measureCluster},
+                                 {"pull", bench::measureQueuePull},
                                  {"memory", bench::measureMemory}};
 
 std::string number(const std::optional<double>& value, const char* format) {
