@@ -59,9 +59,19 @@ void ClusterBroadcast::onResponse(const std::string& nodeId, const std::shared_p
 void ClusterBroadcast::report(VersionRequest& request, const Report& report) {
     if (--mPending == 0) {
         mLast = report;
-    } else {
-        mCallback(report.nodeId, report.result, false);
+        leave(request);
+        return;
     }
+    try {
+        mCallback(report.nodeId, report.result, false);
+    } catch (...) {
+        leave(request);  // what a host throws is not to cost it the last call
+        throw;
+    }
+    leave(request);
+}
+
+void ClusterBroadcast::leave(VersionRequest& request) {
     if (--mUnreported == 0) finish(request, mLast);
 }
 

@@ -46,6 +46,8 @@ protected:
 private:
     void onResponse(const std::string& nodeId, const std::shared_ptr<Tarnwick::MQ::MQMessage>& message);
     void report(VersionRequest& request, const Report& report);
+    /// A report has returned; the last one to do so does the end.
+    void leave(VersionRequest& request);
 
     std::atomic<int64_t> mPending;     // nodes not yet finished
     std::atomic<int64_t> mUnreported;  // nodes whose report has not returned

@@ -225,6 +225,18 @@ TEST_P(ClusterOperation, LastCallBeginsWhenTheOthersHaveReturned) {
     EXPECT_EQ(order.values(), whole);
 }
 
+TEST_P(ClusterOperation, CallbackThatThrowsStillGetsTheLastCall) {
+    know({"a", "b"});
+    begin([this](const std::string& node, const ErrorInfo& result, bool last) {
+        into(mHeard)(node, result, last);
+        if (node == "a") throw std::runtime_error("host");
+    });
+    EXPECT_THROW(answer("a"), std::runtime_error);
+    answer("b");
+    const auto whole = withCloud({{"a", 0, false}, {"b", 0, true}});
+    EXPECT_EQ(heardOf(whole.size()), whole);
+}
+
 TEST_P(ClusterOperation, AnswersAtTheSameTimeBringOneEnd) {
     constexpr int kNodes = 24;
     for (int node = 0; node < kNodes; ++node) mClient->servers["node" + std::to_string(node)];
