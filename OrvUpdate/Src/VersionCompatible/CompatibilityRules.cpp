@@ -6,6 +6,8 @@ namespace Tarnwick::OrvUpdate {
 
 namespace {
 
+constexpr size_t kShort = 8;  // ranges that are sooner looked at than searched
+
 /// What Version(version.toSimpleString(), 0) is, without the way through text.
 Version numbersOf(Version version) {
     version.OEM() = 0;
@@ -37,6 +39,7 @@ void SortedRanges::append(const CompatibleRange& range) {
 }
 
 SortedRanges::Places SortedRanges::candidates(const VersionCompatibles& item) const {
+    if (mRanges.size() <= kShort) return {0, mRanges.size()};
     const auto ofSystem = std::partition_point(
         mRanges.begin(), mRanges.end(), [&](const CompatibleRange& range) { return range.system < item.system; });
     // The order looks at the numbers alone, so what shares its numbers with the component may begin above it.

@@ -28,8 +28,8 @@ public:
 
     /// Behind those that are there already.
     void append(const CompatibleRange& range);
-    /// All ranges that hold the component are among these. The first is its system's first that ends above its
-    /// version; behind the last, all begin above it.
+    /// All ranges that hold the component are among these. Of more than a few ranges, the first is its system's first
+    /// that ends above its version; behind the last, all begin above it.
     Places candidates(const VersionCompatibles& item) const;
     bool hold(const VersionCompatibles& item) const;
     const std::vector<CompatibleRange>& all() const { return mRanges; }

@@ -167,6 +167,16 @@ TEST_P(YesOrNo, ClientFromSystemReadsARuleFromTheClientsSideToo) {
     EXPECT_TRUE(clientFromSystem(text, component("1.0"), component("5.5")));
 }
 
+TEST_P(YesOrNo, SystemFromClientReadsARuleFromTheClientsSideAlone) {
+    const std::string systems =
+        rule(mKeys, {"1.0-b9", "2.0"}, {"3.0", "4.0"}) + "," + rule(mKeys, {"1.0", "2.0"}, {"5.0", "6.0"});
+    EXPECT_TRUE(systemFromClient(systems, component("1.0"), component("5.5")));
+    const std::string clients =
+        rule(mKeys, {"3.0", "4.0"}, {"1.0-b9", "2.0"}) + "," + rule(mKeys, {"5.0", "6.0"}, {"1.0", "2.0"});
+    EXPECT_TRUE(clientFromSystem(clients, component("5.5"), component("1.0")));
+    EXPECT_FALSE(systemFromClient(clients, component("5.5"), component("1.0")));
+}
+
 TEST(YesOrNoOfServers, SecondIsMatchedAgainstTheSystemOfARuleAndFirstAgainstTheOther) {
     const std::string text = rule(kServers, {"1.0", "2.0"}, {"3.0", "4.0"});
     EXPECT_TRUE(serverFromServer(text, component("3.5"), component("1.5")));
