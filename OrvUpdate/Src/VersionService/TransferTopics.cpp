@@ -71,6 +71,7 @@ Message sendChunk(const Message& message, TWProtoUpgradeInfo& info, IVersion& en
                   const std::shared_ptr<VersionRequest>& request, FileWriterManager& writers) {
     ErrorInfo error;
     auto file = writers.getFile(info.transferId);
+    const bool fresh = !file;
     // A transfer with an open file has found the package whole: no test of all of it for every chunk.
     if (!file && entry.getStoragePosition() == StoragePosition_Cloud) {
         bool arrived = false;
@@ -87,13 +88,17 @@ Message sendChunk(const Message& message, TWProtoUpgradeInfo& info, IVersion& en
             ORV_LOG(2, "VersionService", "alloc Reader fail! errcode:%d", static_cast<int>(error.errorCode()));
             return message->buildResponse(error, nullptr);
         }
-        writers.addFile(info.transferId, file);
     } else if (info.position == 0 && info.fileSize == 0) {
         // The first request, delivered twice. The puller may get this answer alone: one of size 0 would tell it to ask
         // again, with the same answer for ever.
         info.fileSize = static_cast<uint32_t>(File::getLength(entry.getPackageFile()));
     }
-    if (!readChunk(*file, info)) writers.removeFile(info.transferId);
+    if (!readChunk(*file, info)) {
+        writers.removeFile(info.transferId);
+    } else if (fresh) {
+        // Once it has been read: a sweep takes a file that nobody has touched.
+        writers.addFile(info.transferId, file);
+    }
     return message->buildResponse(ErrorInfo(0, ""), info);
 }
 

@@ -147,10 +147,11 @@ void EmbeddedBus::run(const LinkKey& key, Item& item) {
     const auto& endpoint = item.target->endpoint;
     if (item.lost) {
         if (endpoint.onLost) endpoint.onLost(key.first);
-    } else if (endpoint.onParts) {
+    } else if (!item.tail.empty() && endpoint.onParts) {
         endpoint.onParts(key.first, item.head, item.tail);
     } else if (endpoint.onFrame) {
-        endpoint.onFrame(key.first, item.head + item.tail.toStdString());
+        item.head.append(item.tail.buf(), item.tail.size());
+        endpoint.onFrame(key.first, std::move(item.head));
     }
     runningHere().pop_back();
 }

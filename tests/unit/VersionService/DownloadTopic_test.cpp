@@ -1,6 +1,6 @@
 // Chunks of a package for a peer that pulls it.
 #include "DownloadTopicFixture.h"
-#include "ManualClock.h"
+#include "SweepClock.h"
 #include "UpdateCloud.h"
 
 using namespace Tarnwick::OrvUpdate;
@@ -137,15 +137,17 @@ TEST_F(DownloadTopic, EachTransferHasAFileOfItsOwn) {
 }
 
 TEST_F(DownloadTopic, SweptReaderOpensAgainAndGoesOnAtItsPosition) {
-    support::ManualClock clock;
+    support::SweepClock clock;
     const std::string package = pattern(2 * kChunk);
     const std::string path = addPackage("2.0", package);
     mService->stop();
     mService->start();  // its sweep runs on the test's clock
+    ASSERT_TRUE(clock.rests());
     ask(chunkOf("2.0"));
     ASSERT_TRUE(isOpenHere(path));
     clock.advance(90000);
-    ASSERT_TRUE(support::eventually([&] { return !isOpenHere(path); }));
+    ASSERT_TRUE(clock.rests());
+    ASSERT_FALSE(isOpenHere(path));
     const auto answer = ask(chunkOf("2.0", kChunk, 7));
     EXPECT_TRUE(answer.info.data == package.substr(kChunk));
     EXPECT_EQ(answer.info.fileSize, 2 * kChunk);  // the true size once more

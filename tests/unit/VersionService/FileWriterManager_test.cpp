@@ -4,44 +4,21 @@
 #include <thread>
 
 #include "FileText.h"
-#include "ManualClock.h"
 #include "OpenFiles.h"
-#include "Received.h"
+#include "SweepClock.h"
 #include "TempDir.h"
 
 using namespace Tarnwick::OrvUpdate;
-using support::eventually;
 using support::isOpenHere;
 
 namespace {
-
-/// Knows when the sweep is due that its thread waits for.
-class SweepClock : public support::ManualTime {
-public:
-    bool waitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition, uint64_t deadline) override {
-        if (mFirst == 0) mFirst = deadline;
-        mNext = deadline;
-        return ManualTime::waitUntil(lock, condition, deadline);
-    }
-    uint64_t first() const { return mFirst; }
-    uint64_t next() const { return mNext; }
-
-private:
-    std::atomic<uint64_t> mFirst{0};
-    std::atomic<uint64_t> mNext{0};
-};
 
 class FileWriters : public testing::Test {
 protected:
     FileWriters() {
         support::writeText(mPath, "content");
-        Public::Base::Clock::replace(mClock);
         mManager = std::make_unique<FileWriterManager>();
-        EXPECT_TRUE(restsUntilNextSweep());
-    }
-    ~FileWriters() override {
-        mManager.reset();
-        Public::Base::Clock::replace(nullptr);
+        EXPECT_TRUE(mClock.rests());
     }
 
     std::shared_ptr<FileObject> openFile() const {
@@ -59,15 +36,11 @@ protected:
         char byte = 0;
         file.readAt(0, &byte, 1);
     }
-    /// Waits until what was due has been done.
-    bool restsUntilNextSweep() const {
-        return eventually([this] { return mClock->next() > mClock->milliseconds(); });
-    }
     /// Lets time pass. @return whether a sweep came with it
     bool sweepsAfter(unsigned milliseconds) {
         mManager->addFile("~", openFile());  // nobody has touched it, so the sweep takes it
-        mClock->advance(milliseconds);
-        EXPECT_TRUE(restsUntilNextSweep());
+        mClock.advance(milliseconds);
+        EXPECT_TRUE(mClock.rests());
         const bool swept = !mManager->getFile("~");
         mManager->removeFile("~");
         return swept;
@@ -75,7 +48,7 @@ protected:
 
     support::TempDir mDir;
     std::string mPath = mDir.path() + "/package.exe";
-    std::shared_ptr<SweepClock> mClock = std::make_shared<SweepClock>();
+    support::SweepClock mClock;
     std::unique_ptr<FileWriterManager> mManager;
 };
 
@@ -130,14 +103,14 @@ TEST_F(FileWriters, RemovedFileStaysOpenForWhoeverUsesIt) {
 
 TEST_F(FileWriters, SweepKeepsAFileTouched60SecondsAgo) {
     mManager->addFile("t", touchedFile());
-    mClock->advance(60000);
+    mClock.advance(60000);
     mManager->timerProc(0);
     EXPECT_NE(mManager->getFile("t"), nullptr);
 }
 
 TEST_F(FileWriters, SweepDropsAFileTouchedMoreThan60SecondsAgo) {
     mManager->addFile("t", touchedFile());
-    mClock->advance(60001);
+    mClock.advance(60001);
     mManager->timerProc(0);
     EXPECT_EQ(mManager->getFile("t"), nullptr);
     EXPECT_FALSE(isOpenHere(mPath));
@@ -145,9 +118,9 @@ TEST_F(FileWriters, SweepDropsAFileTouchedMoreThan60SecondsAgo) {
 
 TEST_F(FileWriters, SweepJudgesEachFileByItself) {
     mManager->addFile("old", touchedFile());
-    mClock->advance(40000);
+    mClock.advance(40000);
     mManager->addFile("young", touchedFile());
-    mClock->advance(40000);
+    mClock.advance(40000);
     mManager->timerProc(0);
     EXPECT_EQ(mManager->getFile("old"), nullptr);
     EXPECT_NE(mManager->getFile("young"), nullptr);
@@ -157,7 +130,7 @@ TEST_F(FileWriters, WriteIsATouchToo) {
     const auto file = std::make_shared<FileObject>();
     ASSERT_TRUE(file->open(mPath, 0x1002));
     mManager->addFile("t", file);
-    mClock->advance(70000);
+    mClock.advance(70000);
     file->writeAt(0, "x", 1);
     mManager->timerProc(0);
     EXPECT_NE(mManager->getFile("t"), nullptr);
@@ -170,7 +143,7 @@ TEST_F(FileWriters, SweepDropsAFileThatNobodyHasTouchedYet) {
 }
 
 TEST_F(FileWriters, SweepKeepsAFileTouchedAfterTheTimeWasRead) {
-    mClock->advance(5000);
+    mClock.advance(5000);
     mManager->addFile("t", touchedFile());
     Public::Base::Clock::replace(std::make_shared<support::ManualTime>());  // 5 seconds earlier
     mManager->timerProc(0);
@@ -180,7 +153,7 @@ TEST_F(FileWriters, SweepKeepsAFileTouchedAfterTheTimeWasRead) {
 TEST_F(FileWriters, BusyTransferKeepsASweptFileThroughItsOwnReference) {
     const auto busy = touchedFile();
     mManager->addFile("t", busy);
-    mClock->advance(60001);
+    mClock.advance(60001);
     mManager->timerProc(0);
     EXPECT_EQ(mManager->getFile("t"), nullptr);
     char bytes[8] = {};
@@ -192,14 +165,14 @@ TEST_F(FileWriters, SweepLeavesThePartlyWrittenFileOnTheDisk) {
     ASSERT_TRUE(file->open(mDir.path() + "/partly.exe", 0x1002));
     file->writeAt(0, "abc", 3);
     mManager->addFile("t", file);
-    mClock->advance(60001);
+    mClock.advance(60001);
     mManager->timerProc(0);
     EXPECT_EQ(support::readText(mDir.path() + "/partly.exe"), "abc");
 }
 
 // The sweep's times
 
-TEST_F(FileWriters, FirstSweepIsDueAtOnce) { EXPECT_EQ(mClock->first(), mClock->milliseconds()); }
+TEST_F(FileWriters, FirstSweepIsDueAtOnce) { EXPECT_EQ(mClock.first(), mClock.now()); }
 
 TEST_F(FileWriters, SweepsEvery30Seconds) {
     EXPECT_TRUE(sweepsAfter(30000));
@@ -231,7 +204,7 @@ TEST_F(FileWriters, IdleFileStaysOpenForUpTo90Seconds) {
 TEST_F(FileWriters, LetsGoOfTheLeastUsedFileAtTheLimit) {
     for (size_t i = 0; i < FileWriterManager::kMaxFiles; ++i) {
         mManager->addFile("t" + std::to_string(i), touchedFile());
-        mClock->advance(1);
+        mClock.advance(1);
     }
     touch(*mManager->getFile("t0"));
     mManager->addFile("new", openFile());
@@ -268,7 +241,7 @@ TEST_F(FileWriters, ThreadsShareItWithTheSweep) {
         });
     }
     for (int i = 0; i < 50; ++i) {
-        mClock->advance(61000);
+        mClock.advance(61000);
         mManager->timerProc(0);
     }
     for (auto& thread : threads) thread.join();
