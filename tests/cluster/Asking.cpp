@@ -40,7 +40,7 @@ void Deeds::ask(ClusterNode& node, const std::string& what, size_t lasts, bool m
               if (last) pages->count(result ? "question failed" : "question answered");
               probeRequest(*pages, activity->name(), weak);
           });
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 bool Deeds::linkIsDead(const ClusterNode& node) const {
@@ -54,15 +54,20 @@ bool Deeds::linkIsDead(const ClusterNode& node) const {
     return false;
 }
 
+/// Whether a request of a broadcast may be refused. On threads a link may fail at the moment of asking.
+bool Deeds::mayStayOpen(const ClusterNode& node) const {
+    return linkIsDead(node) || (mCluster.pace() == Pace::Threads && mCluster.troubled());
+}
+
 void Deeds::requestVersions(ClusterNode& node) {
-    ask(node, "requestVersion", 1, linkIsDead(node),
+    ask(node, "requestVersion", 1, mayStayOpen(node),
         [](Request& request, const RequestFinished& callback) { request.requestVersion(callback); });
 }
 
 void Deeds::queryVersions(ClusterNode& node) {
     ServerList servers;
     if (node.server()) servers = node.server()->discover()->getSystemServerList("site");
-    ask(node, "querySystemVersion", 1, linkIsDead(node), [&](Request& request, const RequestFinished& callback) {
+    ask(node, "querySystemVersion", 1, mayStayOpen(node), [&](Request& request, const RequestFinished& callback) {
         node.server() ? request.querySystemVersion(servers, callback) : request.querySystemVersion(callback);
     });
 }
@@ -71,7 +76,7 @@ void Deeds::requestHistories(ClusterNode& node) {
     ServerList servers;
     if (node.client()) node.client()->getServerList(servers);
     const bool knowsNobody = node.client() && servers.empty();
-    ask(node, "requestReleaseHistory", knowsNobody ? 2 : 1, linkIsDead(node),
+    ask(node, "requestReleaseHistory", knowsNobody ? 2 : 1, mayStayOpen(node),
         [](Request& request, const RequestFinished& callback) { request.requestReleaseHistory(callback); });
 }
 
@@ -79,7 +84,7 @@ void Deeds::queryHistories(ClusterNode& node) {
     ServerList servers;
     if (node.client()) node.client()->getServerList(servers);
     const bool knowsNobody = node.client() && servers.empty();
-    ask(node, "queryReleaseHistory", knowsNobody ? 2 : 1, linkIsDead(node),
+    ask(node, "queryReleaseHistory", knowsNobody ? 2 : 1, mayStayOpen(node),
         [](Request& request, const RequestFinished& callback) { request.queryReleaseHistory(callback); });
 }
 

@@ -68,15 +68,23 @@ void Book::close() {
     for (auto& entry : mActivities) entry.second = nullptr;  // verdicts hold what they judge
 }
 
-void Book::findKeptCallbacks() {
+void Book::expectGone(const std::string& name, const std::weak_ptr<void>& object) {
+    std::lock_guard lock(mMutex);
+    mObjects.emplace_back(name, object);
+}
+
+void Book::findKept() {
     std::vector<std::string> kept;
     {
         std::lock_guard lock(mMutex);
         for (const auto& entry : mActivities) {
-            if (entry.first.use_count() > 1) kept.push_back(entry.first->name());
+            if (entry.first.use_count() > 1) kept.push_back(entry.first->name() + ": its callback");
+        }
+        for (const auto& object : mObjects) {
+            if (!object.second.expired()) kept.push_back(object.first);
         }
     }
-    for (const auto& name : kept) violation(name + ": its callback is still kept after everything has ended");
+    for (const auto& name : kept) violation(name + " is still kept after everything has ended");
 }
 
 std::vector<std::string> Book::violations() const {

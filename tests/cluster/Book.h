@@ -58,8 +58,10 @@ public:
     void violation(const std::string& text);
     /// Judges every activity.
     void close();
-    /// After everything has been taken down: finds callbacks that someone still keeps.
-    void findKeptCallbacks();
+    /// The object must be gone after everything has been taken down.
+    void expectGone(const std::string& name, const std::weak_ptr<void>& object);
+    /// After everything has been taken down: finds callbacks and objects that someone still keeps.
+    void findKept();
     std::vector<std::string> violations() const;
 
     /// In a callback of an object: its other operations, called on another thread, must return meanwhile.
@@ -75,6 +77,7 @@ private:
     const std::chrono::milliseconds mPatience;
     mutable std::mutex mMutex;
     std::vector<std::pair<std::shared_ptr<Activity>, Verdict>> mActivities;
+    std::vector<std::pair<std::string, std::weak_ptr<void>>> mObjects;
     std::vector<std::string> mViolations;
     std::vector<std::string> mCounted;
 };

@@ -98,6 +98,18 @@ std::vector<std::string> Cluster::ids(bool servers) const {
 
 void Cluster::settle() { mPace == Pace::Steps ? settleInSteps() : settleOnThreads(); }
 
+void Cluster::goOn(RunDice& dice) {
+    if (!mTroubled || dice.chance(50)) return settle();
+    constexpr size_t kMostAtOnce = 40;
+    const size_t steps = dice.below(kMostAtOnce);
+    if (mPace == Pace::Threads) return;
+    for (size_t done = 0; done < steps; ++done) {
+        Machine::settle();
+        if (!mBus->step()) return;
+    }
+    Machine::settle();
+}
+
 void Cluster::settleInSteps() {
     size_t steps = 0;
     for (;;) {
@@ -160,7 +172,6 @@ void Cluster::setFaults(const LinkFaults& faults, uint32_t seed) {
 void Cluster::cut(const std::string& a, const std::string& b) {
     mTroubled = true;
     mBus->cutLink(a, b);
-    settle();
 }
 
 void Cluster::mend(const std::string& a, const std::string& b) { mBus->restoreLink(a, b); }

@@ -38,6 +38,9 @@ public:
 
     /// Returns when nothing runs and nothing is due.
     void settle();
+    /// Settles, or, where something has gone wrong in the run already, perhaps lets only some of the work be done: what
+    /// comes next meets the rest of it under way.
+    void goOn(RunDice& dice);
     /// Lets the time pass, in steps shorter than a beat, with all that it brings about.
     void elapse(unsigned milliseconds);
     /// Lets it pass at one stroke, as for a machine that was suspended.

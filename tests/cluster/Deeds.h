@@ -60,6 +60,7 @@ private:
     void ask(ClusterNode& node, const std::string& what, size_t lasts, bool mayStayOpen,
              const std::function<void(Request&, const Tarnwick::OrvUpdate::RequestFinished&)>& begin);
     bool linkIsDead(const ClusterNode& node) const;
+    bool mayStayOpen(const ClusterNode& node) const;
     /// @param elsewhere prefers one whose package must be fetched
     Entry pickEntry(ClusterNode& node, bool elsewhere = false);
     std::string pickPeer(const ClusterNode& node);

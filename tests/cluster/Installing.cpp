@@ -31,6 +31,7 @@ void Deeds::install(ClusterNode& node) {
     const auto entry = pickEntry(node, true);
     if (!entry) return;
     const auto activity = book().open(node.id(), "install " + nameOf(*entry), judgeInstallation);
+    book().expectGone(activity->name() + "'s version", entry);
     const auto noting = [activity, weak = std::weak_ptr(node.request()), version = std::weak_ptr(entry),
                          pages = &book()](const char* callback, const std::string& detail) {
         activity->called(callback, detail);
@@ -42,7 +43,7 @@ void Deeds::install(ClusterNode& node) {
         [noting](const ErrorInfo& error) { noting("error", std::to_string(error.errorCode())); },
         [noting] { noting("downloaded", ""); }, [noting] { noting("installing", ""); });
     if (result) activity->called("refused", std::to_string(result.errorCode()));
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 void Deeds::cancelInstall(ClusterNode& node) {
@@ -52,7 +53,7 @@ void Deeds::cancelInstall(ClusterNode& node) {
     mCluster.log().add(node.id() + " cancels the installation of " + nameOf(*entry));
     node.request()->installCancel(entry);
     if (transfer) releaseAllOf(transfer);
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 void Deeds::installOnPeer(ClusterNode& node) {
@@ -63,7 +64,7 @@ void Deeds::installOnPeer(ClusterNode& node) {
     node.keep(installer);
     const auto result = installer->start("", false, {}).errorCode();
     mCluster.log().add(node.id() + " has " + peer + " install " + nameOf(*entry) + ": " + std::to_string(result));
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 void Deeds::grantWishes() {

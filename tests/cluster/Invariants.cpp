@@ -7,6 +7,7 @@
 #include "Archive/NSISDecompile.h"
 #include "FileText.h"
 #include "Packages.h"
+#include "Public/Base/ObjCounter.h"
 #include "VersionRequest.h"
 
 namespace cluster {
@@ -17,6 +18,14 @@ namespace {
 
 size_t entriesIn(const char* directory) {
     return static_cast<size_t>(std::distance(fs::directory_iterator(directory), fs::directory_iterator()));
+}
+
+/// Of the records that travel in the runs.
+long recordsAlive() {
+    using Public::Base::ObjCounter;
+    return ObjCounter::count("Include/TWProtocol/TWProtoUpgrade.pb", 19) +
+           ObjCounter::count("Include/TWProtocol/TWProtoUpgrade.pb", 60) +
+           ObjCounter::count("Include/TWProtocol/TWProtoDeviceCmd.pb", 366);
 }
 
 std::string describe(const fs::path& path) {
@@ -83,7 +92,7 @@ Violations findChanges(const Fingerprint& before, const Fingerprint& after) {
     return found;
 }
 
-Holdings holdings() { return {entriesIn("/proc/self/fd"), entriesIn("/proc/self/task")}; }
+Holdings holdings() { return {entriesIn("/proc/self/fd"), entriesIn("/proc/self/task"), recordsAlive()}; }
 
 Violations findLeaks(const Holdings& before, std::chrono::milliseconds patience) {
     Violations found;
@@ -96,6 +105,9 @@ Violations findLeaks(const Holdings& before, std::chrono::milliseconds patience)
     }
     if (now.descriptors > before.descriptors) {
         found.push_back(std::to_string(now.descriptors - before.descriptors) + " files are left open");
+    }
+    if (now.records > before.records) {
+        found.push_back(std::to_string(now.records - before.records) + " records are left in memory");
     }
     return found;
 }

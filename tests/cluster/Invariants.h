@@ -26,6 +26,7 @@ Violations findChanges(const Fingerprint& before, const Fingerprint& after);
 struct Holdings {
     size_t descriptors = 0;
     size_t threads = 0;
+    long records = 0;  ///< of the protocol, alive
 };
 Holdings holdings();
 /// Threads that are just ending are waited for. @return what is held beyond `before`

@@ -11,6 +11,8 @@
 #include "PackageStore.h"
 #include "Packages.h"
 #include "Received.h"
+#include "TWProtocol/TWProtoDeviceCmd.h"
+#include "TWProtocol/TWProtoUpgrade.h"
 #include "TempDir.h"
 
 namespace {
@@ -110,6 +112,18 @@ TEST(Leaks, AreAFileLeftOpen) {
     const int file = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     EXPECT_EQ(findLeaks(before), Violations{"1 files are left open"});
     ::close(file);
+}
+
+TEST(Leaks, AreRecordsThatAreKept) {
+    const auto before = holdings();
+    auto packet = std::make_unique<Tarnwick::Protocol::TWProtoUpgradePkt>();
+    auto notify = std::make_unique<Tarnwick::Protocol::TWProtoUpgradeNotify>();
+    auto chunk = std::make_unique<Tarnwick::Protocol::TWProtoUpgradeInfo>();
+    EXPECT_EQ(findLeaks(before), Violations{"3 records are left in memory"});
+    packet.reset();
+    notify.reset();
+    chunk.reset();
+    EXPECT_EQ(findLeaks(before), Violations{});
 }
 
 TEST(Leaks, AreAThreadThatStillRuns) {

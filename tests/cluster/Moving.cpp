@@ -69,6 +69,7 @@ void Deeds::begin(ClusterNode& node, const std::string& what, const Transfer& tr
         return judgeTransfer(moving, weak, mostCalls, mCluster.troubled());
     });
     mMoving.push_back({weak, activity});
+    book().expectGone(activity->name() + "'s transfer", transfer);
     const auto started = transfer->start([activity, weak, pages = &book()] {
         const auto running = weak.lock();
         if (!running) {
@@ -84,7 +85,7 @@ void Deeds::begin(ClusterNode& node, const std::string& what, const Transfer& tr
         activity->called("refused", std::to_string(started.errorCode()));
         activity->release();
     }
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 void Deeds::fetch(ClusterNode& node) {
@@ -137,13 +138,21 @@ void Deeds::noteSilentEnds() {
 }
 
 void Deeds::cancelOne() {
-    if (mMoving.empty()) return;
-    const auto transfer = mDice.pick(mMoving).transfer.lock();
-    if (!transfer) return;
+    std::vector<Transfer> all;
+    std::vector<Transfer> running;
+    for (const auto& moving : mMoving) {
+        const auto transfer = moving.transfer.lock();
+        if (!transfer) continue;
+        all.push_back(transfer);
+        if (!transfer->finish() && !transfer->getError()) running.push_back(transfer);
+    }
+    if (all.empty()) return;
+    const auto transfer = !running.empty() && mDice.chance(80) ? mDice.pick(running) : mDice.pick(all);
+    if (std::count(running.begin(), running.end(), transfer) > 0) book().count("cancelled under way");
     const auto code = transfer->cancel().errorCode();
     mCluster.log().add("cancel of a " + kindOf(*transfer) + " gives " + std::to_string(code));
     if (code == 0) releaseAllOf(transfer);
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 void Deeds::push(ClusterNode& node) {
@@ -183,7 +192,7 @@ void Deeds::letGo(ClusterNode& node) {
     if (node.transfers().empty()) return;
     mCluster.log().add(node.id() + " lets go of a transfer");
     node.letGo(mDice.below(node.transfers().size()));
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 void Deeds::upload(ClusterNode& node) {
@@ -206,7 +215,7 @@ void Deeds::upload(ClusterNode& node) {
         activity->called("refused", std::to_string(result.errorCode()));
         activity->release();
     }
-    mCluster.settle();
+    mCluster.goOn(mDice);
 }
 
 void Deeds::fetchOnPeer(ClusterNode& node) {
@@ -228,7 +237,7 @@ void Deeds::poll(ClusterNode& node) {
         for (size_t i = 0; i < kept.size(); ++i) {
             float progress = 0;
             const auto polled = kept[i]->getProgress(progress).errorCode();
-            mCluster.settle();
+            mCluster.goOn(mDice);
             mCluster.log().add(node.id() + " polls " + what + " " + std::to_string(i) + ": " + std::to_string(polled) +
                                " " + std::to_string(progress) + " " + std::to_string(kept[i]->getError().errorCode()) +
                                (kept[i]->finish() ? " finished" : ""));

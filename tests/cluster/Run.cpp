@@ -51,6 +51,7 @@ void play(uint64_t seed, Pace pace, Machine& machine, Book& book, const std::fun
     Scenario scenario(cluster, dice);
     scenario.setUp();
     scenario.play();
+    cluster.settle();
     if (meddle) meddle(cluster);
     add(book, findWrongPackages(machine.stores()));
     scenario.calmDown();
@@ -94,7 +95,7 @@ RunReport run(uint64_t seed, Pace pace, const std::function<void(Cluster&)>& med
         play(seed, pace, machine, *book, meddle);
         add(*book, findChanges(outside, fingerprintOf(machine.root(), mayChange)));
         add(*book, findChanges(program, fingerprintOf(machine.programDir())));
-        book->findKeptCallbacks();
+        book->findKept();
     }
     add(*book, findLeaks(before));
     report.violations = book->violations();

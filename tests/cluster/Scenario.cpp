@@ -70,12 +70,12 @@ void Scenario::play() {
 }
 
 void Scenario::step() {
-    static const std::array<Choice, 15> choices{{
+    static const std::array<Choice, 16> choices{{
         {14, false, &Scenario::askSomething},
         {24, false, &Scenario::moveSomething},
         {7, false, &Scenario::installSomething},
         {9, false, &Scenario::pollSomething},
-        {4, true, &Scenario::cancelSomething},
+        {8, true, &Scenario::cancelSomething},
         {18, false, &Scenario::passTime},
         {3, true, &Scenario::passLongTime},
         {4, true, &Scenario::changeFaults},
@@ -86,6 +86,7 @@ void Scenario::step() {
         {3, true, &Scenario::endSomething},
         {3, true, &Scenario::beginSomething},
         {2, true, &Scenario::restartAService},
+        {1, true, &Scenario::breakTheCloud},
     }};
     unsigned total = 0;
     for (const auto& choice : choices) {
@@ -194,6 +195,7 @@ void Scenario::cutSomething() {
     mCluster.log().add("the link of " + a + " and " + b + " fails");
     mCut.emplace_back(a, b);
     mCluster.cut(a, b);
+    mCluster.goOn(mDice);
 }
 
 void Scenario::mendSomething() {
@@ -245,12 +247,21 @@ void Scenario::restartAService() {
     mCluster.log().add(node->id() + (node->serving() ? " ends its service" : " starts its service"));
     mCluster.noteTrouble();
     node->serving() ? node->stopService() : node->startService();
-    mCluster.settle();
+    mCluster.goOn(mDice);
+}
+
+void Scenario::breakTheCloud() {
+    mCluster.log().add("the cloud fails");
+    mCluster.noteTrouble();
+    mCluster.machine().breakCloud();
 }
 
 void Scenario::calmDown() {
     mCluster.log().add("everything works again");
     mCluster.healAll();
+    mDeeds.grantWishes();
+    for (auto* node : mCluster.alive()) mDeeds.poll(*node);
+    mCluster.settle();
     // A request that was lost ends after a minute; what follows from it may wait for a minute more.
     for (int i = 0; i < 3; ++i) {
         mCluster.jump(61000);

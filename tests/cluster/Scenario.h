@@ -45,6 +45,7 @@ private:
     void endSomething();
     void beginSomething();
     void restartAService();
+    void breakTheCloud();
 
     Cluster& mCluster;
     RunDice& mDice;

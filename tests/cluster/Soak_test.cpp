@@ -20,7 +20,8 @@ TEST(ClusterSoak, PlaysTheSeedsOfTheEnvironment) {
         EXPECT_TRUE(report.violations.empty()) << report.text();
         if (fromEnvironment("ORV_LOG", 0)) std::cout << report.text();
         for (const auto& what : report.counted) ++tally[what];
-        if (runs > 20 && (seed - first + 1) % 20 == 0) std::cout << seed - first + 1 << " runs\n" << std::flush;
+        if (runs > 20 && (seed - first + 1) % 20 == 0) std::cout << "\n" << seed - first + 1 << " runs\n" << std::flush;
     }
+    std::cout << "\n";
     for (const auto& [what, times] : tally) std::cout << times << " x " << what << "\n";
 }

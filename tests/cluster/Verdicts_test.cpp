@@ -116,9 +116,17 @@ TEST_F(BookTest, TellsWhatItsVerdictsFind) {
 TEST_F(BookTest, FindsCallbacksThatSomeoneKeeps) {
     auto kept = mBook.open("node", "kept", fine);
     mBook.open("node", "dropped", fine);
-    mBook.findKeptCallbacks();
+    mBook.findKept();
     EXPECT_EQ(mBook.violations(),
               std::vector<std::string>{"#0 node kept: its callback is still kept after everything has ended"});
+}
+
+TEST_F(BookTest, FindsObjectsThatSomeoneKeeps) {
+    const auto kept = std::make_shared<int>(1);
+    mBook.expectGone("this one", kept);
+    mBook.expectGone("that one", std::make_shared<int>(2));
+    mBook.findKept();
+    EXPECT_EQ(mBook.violations(), std::vector<std::string>{"this one is still kept after everything has ended"});
 }
 
 TEST_F(BookTest, FindsAnOperationThatALockHoldsUp) {
