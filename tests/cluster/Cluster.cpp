@@ -185,18 +185,20 @@ void Cluster::wake(const std::string& node) { mBus->resumeNode(node); }
 
 void Cluster::end(ClusterNode& node) {
     mTroubled = true;
-    std::vector<std::string> cutHere;
+    mBus->resumeNode(node.id());  // what waits in a process that hangs ends with it too
+    std::vector<std::string> linked;
     for (const auto& other : mNodes) {
-        if (other->id() == node.id() || !mBus->linked(node.id(), other->id())) continue;
-        cutHere.push_back(other->id());
+        if (other->id() == node.id()) continue;
+        if (mBus->linked(node.id(), other->id())) linked.push_back(other->id());
+        // A link that failed while the node hung tells it now.
+        mBus->restoreLink(node.id(), other->id());
         mBus->cutLink(node.id(), other->id());
     }
-    mBus->resumeNode(node.id());  // what waits in a process that hangs ends with it too
     settle();
     mBook.release(node.id());
     node.end();
     settle();
-    for (const auto& other : cutHere) mBus->restoreLink(node.id(), other);
+    for (const auto& other : linked) mBus->restoreLink(node.id(), other);
     for (const auto& name : node.remains()) mBook.violation(name + " is still there after its node has ended");
 }
 
