@@ -8,13 +8,15 @@ using namespace Tarnwick::MQ;
 
 namespace {
 
+using Public::Base::SharedBuffer;
+
 constexpr size_t kLongFrame = 0x10000;
 
 /// "request of topic" or "answer of topic, code"; empty for presence.
-std::string describe(const std::string& bytes) {
-    if (beginsAsPresence(bytes)) return {};
-    if (bytes.size() > kLongFrame) return "long frame";
-    const auto frame = decodeFrame(bytes);
+std::string describe(const std::string& head, const SharedBuffer& tail) {
+    if (beginsAsPresence(head)) return {};
+    if (head.size() + tail.size() > kLongFrame) return "long frame";
+    const auto frame = decodeParts(head, tail);
     if (!frame) return "no frame";
     if (frame->kind == FrameKind_Request) {
         const auto target = frame->finalTarget.empty() ? frame->addressee : frame->finalTarget;
@@ -30,16 +32,19 @@ WatchedBus::WatchedBus(std::shared_ptr<Bus> bus, std::shared_ptr<RunLog> log)
 
 bool WatchedBus::join(const std::string& id, const Endpoint& endpoint) {
     auto watched = endpoint;
-    watched.onFrame = [id, log = mLog, pass = endpoint.onFrame](const std::string& from, std::string frame) {
-        if (const auto text = describe(frame); !text.empty()) log->add("    " + id + " hears " + from + ": " + text);
-        pass(from, std::move(frame));
+    watched.onParts = [id, log = mLog, pass = endpoint.onParts](const std::string& from, const std::string& head,
+                                                                const SharedBuffer& tail) {
+        const auto text = describe(head, tail);
+        if (!text.empty()) log->add("    " + id + " hears " + from + ": " + text);
+        pass(from, head, tail);
     };
     return mBus->join(id, watched);
 }
 
-bool WatchedBus::send(const std::string& from, const std::string& to, const std::string& frame) {
-    const auto text = describe(frame);
-    const bool sent = mBus->send(from, to, frame);
+bool WatchedBus::sendParts(const std::string& from, const std::string& to, const std::string& head,
+                           const SharedBuffer& tail) {
+    const auto text = describe(head, tail);
+    const bool sent = mBus->sendParts(from, to, head, tail);
     if (!text.empty()) mLog->add("    " + from + (sent ? " says to " : " cannot say to ") + to + ": " + text);
     return sent;
 }
