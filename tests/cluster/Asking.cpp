@@ -48,8 +48,11 @@ bool Deeds::linkIsDead(const ClusterNode& node) const {
         return link && link->connectionState() == Tarnwick::MQ::ConnectionState_Dead;
     };
     if (node.client()) return dead(node.client()->connection());
-    for (const auto& server : node.server()->discover()->getSystemServerList("site")) {
-        if (dead(node.server()->connectionTo(server.first, ""))) return true;
+    std::set<std::string> ids;
+    node.request()->getOtherNodes(ids);
+    for (const auto& server : node.server()->discover()->getSystemServerList("site")) ids.insert(server.first);
+    for (const auto& id : ids) {
+        if (dead(node.server()->connectionTo(id, ""))) return true;
     }
     return false;
 }

@@ -198,6 +198,8 @@ void Cluster::end(ClusterNode& node) {
     mBook.release(node.id());
     node.end();
     settle();
+    // The host that was about to be ended is held for that second.
+    if (!node.remains().empty()) elapse(1000);
     for (const auto& other : linked) mBus->restoreLink(node.id(), other);
     for (const auto& name : node.remains()) mBook.violation(name + " is still there after its node has ended");
 }

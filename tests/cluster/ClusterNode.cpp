@@ -35,7 +35,7 @@ void ClusterNode::begin() {
 void ClusterNode::start() {
     // Each node is a process of its own, which scans its own store.
     VersionRequestAccess::forgetStore();
-    mWish->store(false);
+    mWish = std::make_shared<std::atomic<bool>>(false);  // an earlier life's may still come
     mRequest->start(
         Version(mVersion, 0),
         [log = mMachine.log(), consents = mPlan.consents, id = id()](const std::string& version, std::string&,

@@ -18,6 +18,9 @@ using namespace Tarnwick::OrvUpdate;
 
 namespace {
 
+/// Whoever waits for a download from the cloud, and so a forward, hears of every later run of it too.
+constexpr size_t kWithEveryRun = 1000;
+
 struct Seen {
     int error = 0;
     bool whole = false;
@@ -101,10 +104,9 @@ void Deeds::fetch(ClusterNode& node) {
         mCluster.log().add(node.id() + " has no way to fetch " + nameOf(*entry));
         return;
     }
-    // Whoever waits for a download under the same key hears of every run of it.
     const bool download = kindOf(*transfer) == "download";
     const auto what = kindOf(*transfer) + " " + nameOf(*entry);
-    begin(node, what, transfer, download ? 1000 : 1);
+    begin(node, what, transfer, download ? kWithEveryRun : 1);
     if (transfer->finish()) expectArrival(*transfer, what, entry->getVersion().toString(), entry->getPackageFile());
 }
 
@@ -185,7 +187,7 @@ void Deeds::forward(ClusterNode& node) {
     const auto both =
         std::make_shared<ForwardDownload>(first, makePush(node, entry->getPackageFile(), peer, VersionSource_Online));
     node.keep(both);
-    begin(node, "forward of " + nameOf(*entry) + " to " + peer, both, 2);
+    begin(node, "forward of " + nameOf(*entry) + " to " + peer, both, kWithEveryRun);
 }
 
 void Deeds::letGo(ClusterNode& node) {
@@ -229,7 +231,7 @@ void Deeds::fetchOnPeer(ClusterNode& node) {
     }
     node.keep(transfer);
     const bool remote = kindOf(*transfer) == "fetch on a peer";
-    begin(node, kindOf(*transfer) + " of " + nameOf(*entry) + " on " + peer, transfer, remote ? 0 : 2);
+    begin(node, kindOf(*transfer) + " of " + nameOf(*entry) + " on " + peer, transfer, remote ? 0 : kWithEveryRun);
 }
 
 void Deeds::poll(ClusterNode& node) {
