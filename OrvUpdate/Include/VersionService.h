@@ -10,10 +10,6 @@
 #include "Public/Base/SafeSharedPtr.h"
 #include "Tarnwick/MQ/MQDispatcher.h"
 
-namespace Tarnwick::Protocol {
-struct TWProtoUpgradeInfo;
-}
-
 namespace Tarnwick::OrvUpdate {
 
 class AgentInstaller;
@@ -23,6 +19,7 @@ class PendingExits;
 class PushedFiles;
 class VersionRequest;
 struct FileWriterManager;
+struct ReceivedChunk;
 
 /// Subscribes the topics of the update engine on one dispatcher and answers each from the node's VersionRequest. Must
 /// be owned by a std::shared_ptr before start. Handlers run on the queue's threads; set the version and the cache
@@ -80,9 +77,9 @@ private:
 
     // PostTopic.cpp
     Message onMQPostVersionCallback(const Message& message);
-    ErrorInfo takeChunk(VersionRequest& request, const Tarnwick::Protocol::TWProtoUpgradeInfo& info);
+    ErrorInfo takeChunk(VersionRequest& request, const ReceivedChunk& chunk);
     bool hasStore() const;
-    std::shared_ptr<FileObject> writerOf(const Tarnwick::Protocol::TWProtoUpgradeInfo& info, const OrvVersion& version,
+    std::shared_ptr<FileObject> writerOf(const ReceivedChunk& chunk, const OrvVersion& version,
                                          FileWriterManager& writers);
 
     /// Null when the request is for this node; a message with an error when it could not be passed on; a message

@@ -7,6 +7,7 @@
 #include "PackagePlace.h"
 #include "ParentDirectory.h"
 #include "Public/Base/Guid.h"
+#include "ReceivedChunk.h"
 #include "TWProtocol/TWProtoDeviceCmd.h"
 
 namespace Tarnwick::OrvUpdate {
@@ -22,16 +23,6 @@ namespace {
 
 constexpr char kTopic[] = "topic_upgrade_downloadversion";
 constexpr unsigned kTimeoutMs = 60000;
-
-/// The chunk record of an answer, whose bytes stay in the message.
-struct ReceivedChunk : TWProtoUpgradeInfo {
-    std::string_view bytes;
-
-    bool readField(const Tarnwick::Protocol::TWField& field) override {
-        constexpr uint32_t kData = 3;
-        return field.number == kData ? field.to(bytes) : TWProtoUpgradeInfo::readField(field);
-    }
-};
 
 bool fits(uint32_t position, size_t length) { return length <= std::numeric_limits<uint32_t>::max() - position; }
 

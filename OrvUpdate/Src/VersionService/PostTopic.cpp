@@ -1,7 +1,7 @@
 // Packages that peers push here, chunk by chunk.
 #include "EngineLog.h"
 #include "OrvVersion.h"
-#include "TWProtocol/TWProtoDeviceCmd.h"
+#include "ReceivedChunk.h"
 #include "Tarnwick/MQ/MQMessage.h"
 #include "VersionRequest.h"
 #include "VersionService.h"
@@ -12,7 +12,6 @@ namespace Tarnwick::OrvUpdate {
 
 using Public::Base::ErrorCode_BadDocument;
 using Public::Base::ErrorCode_Failed;
-using Tarnwick::Protocol::TWProtoUpgradeInfo;
 
 namespace {
 
@@ -28,9 +27,9 @@ ErrorInfo writeFault(const ErrorInfo& error) {
 
 /// The end of a chunk tells the end of the package, so a chunk may reach beyond the size that its sender claims; one
 /// that begins there has no place in the package.
-bool hasPlace(const TWProtoUpgradeInfo& info) { return info.position <= info.fileSize; }
+bool hasPlace(const ReceivedChunk& chunk) { return chunk.position <= chunk.fileSize; }
 
-bool isLast(const TWProtoUpgradeInfo& info) { return info.fileSize <= uint64_t{info.position} + info.data.size(); }
+bool isLast(const ReceivedChunk& chunk) { return chunk.fileSize <= uint64_t{chunk.position} + chunk.bytes.size(); }
 
 }  // namespace
 
@@ -41,24 +40,24 @@ VersionService::Message VersionService::onMQPostVersionCallback(const Message& m
         ORV_LOG(2, "VersionService", "versionRequest empty!");
         return message->buildResponse(ErrorInfo(ErrorCode_Failed, ""), nullptr);
     }
-    TWProtoUpgradeInfo info;
-    if (!message->parseBody(&info, false) || info.transferId.size() > FileWriterManager::kMaxTransferId) {
+    ReceivedChunk chunk;
+    if (!message->parseBody(&chunk, false) || chunk.transferId.size() > FileWriterManager::kMaxTransferId) {
         ORV_LOG(2, "VersionService", "protocol parse fail!");
         return message->buildResponse(ErrorInfo(ErrorCode_Failed, ""), nullptr);
     }
-    return message->buildResponse(takeChunk(*request, info), nullptr);
+    return message->buildResponse(takeChunk(*request, chunk), nullptr);
 }
 
-ErrorInfo VersionService::takeChunk(VersionRequest& request, const TWProtoUpgradeInfo& info) {
+ErrorInfo VersionService::takeChunk(VersionRequest& request, const ReceivedChunk& chunk) {
     ErrorInfo error;
-    const auto version = versionOf(info.versionInfo, error);
+    const auto version = versionOf(chunk.versionInfo, error);
     if (!version) return error;
     if (version->getVersion().toString().empty()) return {ErrorCode_BadDocument, ""};
-    if (!hasPlace(info)) return writeFault(ErrorInfo(ErrorCode_Failed, ""));
+    if (!hasPlace(chunk)) return writeFault(ErrorInfo(ErrorCode_Failed, ""));
     const auto writers = mFileWriters.get();
     if (!writers) return {ErrorCode_Failed, ""};  // stopped meanwhile
 
-    const auto file = writerOf(info, *version, *writers);
+    const auto file = writerOf(chunk, *version, *writers);
     if (!file) {
         error = lastErrorOr(ErrorCode_Failed);
         ORV_LOG(2, "VersionService", "allocwriter fail! errcode:%d", static_cast<int>(error.errorCode()));
@@ -66,13 +65,13 @@ ErrorInfo VersionService::takeChunk(VersionRequest& request, const TWProtoUpgrad
     }
     // From here on the transfer replaces a local package of the same version.
     if (const auto replaced = entryOf(request, *version)) request.removeVersions({replaced}, StoragePosition_Local);
-    if (file->writeAt(info.position, info.data.data(), info.data.size()) != info.data.size()) {
+    if (file->writeAt(chunk.position, chunk.bytes.data(), chunk.bytes.size()) != chunk.bytes.size()) {
         return writeFault(lastErrorOr(ErrorCode_Failed));
     }
-    if (!isLast(info)) return {};
+    if (!isLast(chunk)) return {};
     version->setStoragePosition(StoragePosition_Local);
     if (const ErrorInfo refused = request.addVersion(version)) return refused;
-    return writers->removeFile(info.transferId);
+    return writers->removeFile(chunk.transferId);
 }
 
 /// Without one, paths of packages would begin at the root of the disk.
@@ -81,17 +80,17 @@ bool VersionService::hasStore() const {
     return !mDownloadCache.empty();
 }
 
-std::shared_ptr<FileObject> VersionService::writerOf(const TWProtoUpgradeInfo& info, const OrvVersion& version,
+std::shared_ptr<FileObject> VersionService::writerOf(const ReceivedChunk& chunk, const OrvVersion& version,
                                                      FileWriterManager& writers) {
     if (!hasStore()) {
         ErrorInfo::setLastError(ErrorInfo(ErrorCode_Failed, ""));
         return nullptr;
     }
     std::lock_guard lock(mPostMutex);
-    if (const auto open = writers.getFile(info.transferId)) return open;
+    if (const auto open = writers.getFile(chunk.transferId)) return open;
     if (!mPushedFiles) mPushedFiles = std::make_shared<PushedFiles>();
-    const auto file = mPushedFiles->open(info.transferId, version.getPackageFile(), info.position);
-    if (file) writers.addFile(info.transferId, file);
+    const auto file = mPushedFiles->open(chunk.transferId, version.getPackageFile(), chunk.position);
+    if (file) writers.addFile(chunk.transferId, file);
     return file;
 }
 
