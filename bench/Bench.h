@@ -69,6 +69,7 @@ void measureCatalogue(const Report& report);
 void measureCompatibility(const Report& report);
 void measureCluster(const Report& report);
 void measureQueuePull(const Report& report);
+void measureQueuePush(const Report& report);
 void measureMemory(const Report& report);
 
 /// The command line by which the memory benchmark runs one of its stages in a process of its own.

@@ -121,6 +121,15 @@ std::string package(const std::string& name, const std::string& content, const s
     return path;
 }
 
+std::string largeContent() { return noiseContent("letters", 90, 16 << 20, Noise::Letters); }
+
+std::string largePackage() {
+    // Three quarters of the bytes are left after packing.
+    const std::string large = package("large", largeContent(), "--compressor zlib --separate");
+    require(fs::file_size(large) >= uint64_t{1} << 30, "the package is less than 1 GiB");
+    return large;
+}
+
 std::string signedPackage(const std::string& root) {
     const std::string path = dataPath("signed.exe");
     if (std::filesystem::exists(path)) return path;

@@ -27,6 +27,10 @@ std::string noiseFile(const std::string& name, uint64_t bytes);
 /// @param options of the package script: the compressor and the storage
 std::string package(const std::string& name, const std::string& content, const std::string& options);
 
+/// A package of 1 GiB, and what it holds: files of 16 MiB.
+std::string largePackage();
+std::string largeContent();
+
 /// A package of 300 MB that a publisher has signed. @param root where the authority's certificate lies, or is put
 std::string signedPackage(const std::string& root);
 

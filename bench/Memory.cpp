@@ -21,8 +21,6 @@ namespace bench {
 
 namespace {
 
-constexpr int kFiles = 90;
-constexpr uint64_t kFileBytes = 16 << 20;
 constexpr double kAllowed = 64;  // MiB, beyond the largest item
 
 /// Memory that is the process's own: what it maps of files, the system can take back at any time.
@@ -69,10 +67,8 @@ struct Stage {
 };
 
 std::vector<Stage> makeStages() {
-    // Three quarters of these bytes are left after packing: a package of 1 GiB.
-    const std::string letters = noiseContent("letters", kFiles, kFileBytes, Noise::Letters);
-    const std::string large = package("large", letters, "--compressor zlib --separate");
-    require(fs::file_size(large) >= uint64_t{1} << 30, "the package is less than 1 GiB");
+    const std::string letters = largeContent();
+    const std::string large = largePackage();
     const std::string programs = programContent();
     const std::string solid = package("lzma-solid", programs, "--compressor lzma");
     const auto receive = [] {
