@@ -27,7 +27,12 @@ protected:
         mClient->master = "master";
         mStore.put("p.exe");
     }
-    ~Upload() override { Public::Base::settleDetached(); }
+    /// An upload and its request hold each other until it ends, which a lost link sees to.
+    ~Upload() override {
+        Public::Base::settleDetached();
+        const auto chunks = mLink->sent.values();
+        if (!chunks.empty()) chunks.back().callback(answerOf(-203));
+    }
 
     int upload(const std::string& path, VersionSource source = VersionSource_Manual) {
         return mRequest
