@@ -31,11 +31,18 @@ WatchedBus::WatchedBus(std::shared_ptr<Bus> bus, std::shared_ptr<RunLog> log)
     : mBus(std::move(bus)), mLog(std::move(log)) {}
 
 bool WatchedBus::join(const std::string& id, const Endpoint& endpoint) {
-    auto watched = endpoint;
-    watched.onParts = [id, log = mLog, pass = endpoint.onParts](const std::string& from, const std::string& head,
-                                                                const SharedBuffer& tail) {
+    const auto note = [id, log = mLog](const std::string& from, const std::string& head, const SharedBuffer& tail) {
         const auto text = describe(head, tail);
         if (!text.empty()) log->add("    " + id + " hears " + from + ": " + text);
+    };
+    auto watched = endpoint;
+    watched.onFrame = [note, pass = endpoint.onFrame](const std::string& from, std::string frame) {
+        note(from, frame, {});
+        pass(from, std::move(frame));
+    };
+    watched.onParts = [note, pass = endpoint.onParts](const std::string& from, const std::string& head,
+                                                      const SharedBuffer& tail) {
+        note(from, head, tail);
         pass(from, head, tail);
     };
     return mBus->join(id, watched);
