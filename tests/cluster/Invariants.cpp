@@ -1,7 +1,6 @@
 #include "Invariants.h"
 
 #include <filesystem>
-#include <regex>
 #include <thread>
 
 #include "Archive/NSISDecompile.h"
@@ -39,16 +38,24 @@ std::string versionOf(const std::string& path) {
     return package.open(path, "") && package.getVersion(version) ? version : std::string();
 }
 
+/// The version that a place in a store names: node/source/platform/version/version.exe. Empty for any other place.
+std::string versionOfPlace(const std::string& relative) {
+    std::vector<std::string> parts;
+    for (const auto& part : fs::path(relative)) parts.push_back(part.generic_string());
+    if (parts.size() != 5 || (parts[1] != "Online" && parts[1] != "Manual")) return {};
+    if (parts[2] != "Windows x64 All" && parts[2] != "Windows x86 All") return {};
+    return parts[4] == parts[3] + ".exe" ? parts[3] : std::string();
+}
+
 /// @param relative to the directory of the stores   @return what is wrong, or nothing
 std::string judgeFile(const std::string& path, const std::string& relative) {
-    static const std::regex kPlace(R"([^/]+/(Online|Manual)/Windows x(64|86) All/([^/]+)/([^/]+)\.exe)");
-    std::smatch found;
-    if (!std::regex_match(relative, found, kPlace) || found[3] != found[4]) return "is not where a package lies";
+    const auto place = versionOfPlace(relative);
+    if (place.empty()) return "is not where a package lies";
     if (!Tarnwick::OrvUpdate::VersionRequest::isInvalidPakcage(path)) return {};  // told to be unsound, as it may be
     const auto version = versionOf(path);
     const auto* package = packageOf(version);
     if (!package) return "passes for a package of version " + version + ", which nobody made";
-    if (version != found[3]) return "passes for another version, " + version;
+    if (version != place) return "passes for another version, " + version;
     if (support::readText(path) != package->bytes) return "passes for a sound package, but is another";
     return {};
 }
