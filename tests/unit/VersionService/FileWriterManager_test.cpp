@@ -129,9 +129,11 @@ TEST_F(FileWriters, SweepJudgesEachFileByItself) {
 TEST_F(FileWriters, WriteIsATouchToo) {
     const auto file = std::make_shared<FileObject>();
     ASSERT_TRUE(file->open(mPath, 0x1002));
-    mManager->addFile("t", file);
-    mClock.advance(70000);
     file->writeAt(0, "x", 1);
+    mManager->addFile("t", file);
+    mClock.advance(60000);
+    file->writeAt(0, "x", 1);
+    mClock.advance(60000);
     mManager->timerProc(0);
     EXPECT_NE(mManager->getFile("t"), nullptr);
 }
