@@ -26,6 +26,8 @@ struct LinkFaults {
     double reorder = 0;         ///< the frame waits until the next one has passed it, or 100 ms of the clock have gone
     unsigned delayAtLeast = 0;  ///< milliseconds of the clock; delayed frames keep their order
     unsigned delayAtMost = 0;
+
+    bool any() const { return drop > 0 || duplicate > 0 || reorder > 0 || delayAtLeast > 0 || delayAtMost > 0; }
 };
 
 /// Every pair of nodes has a queue of frames, which a task of the pool empties one by one. Faults break what Bus
@@ -89,7 +91,10 @@ private:
         std::deque<Item> held;   ///< a frame that is to be overtaken
         uint64_t lastDelay = 0;  ///< when the last delayed frame is due
         size_t delayed = 0;
-        uint64_t messages = 0;  ///< sent since the faults were set
+    };
+    /// Frames of a link since the faults were set.
+    struct Sent {
+        uint64_t messages = 0;
         uint64_t presences = 0;
     };
     using LinkKey = std::pair<std::string, std::string>;
@@ -113,6 +118,7 @@ private:
     std::set<LinkKey> mCut;  ///< both directions
     LinkFaults mFaults;
     std::map<LinkKey, LinkFaults> mLinkFaults;
+    std::map<LinkKey, Sent> mSent;  ///< of links with faults
     uint32_t mSeed = 0;
     WorkPool mPool;  ///< ends first
 };

@@ -8,14 +8,15 @@ void EmbeddedBus::setFaults(const LinkFaults& faults, uint32_t seed) {
     std::lock_guard lock(mMutex);
     mFaults = faults;
     mSeed = seed;
-    for (auto& link : mLinks) link.second.messages = link.second.presences = 0;
+    mSent.clear();
 }
 
 /// With the lock held; once for each frame.
 FaultDice EmbeddedBus::diceFor(const LinkKey& key, const std::string& frame) {
+    if (!faultsOf(key).any()) return FaultDice(mSeed, {}, 0);
     const bool presence = beginsAsPresence(frame);
-    auto& link = mLinks[key];
-    const uint64_t number = presence ? link.presences++ : link.messages++;
+    auto& sent = mSent[key];
+    const uint64_t number = presence ? sent.presences++ : sent.messages++;
     return FaultDice(mSeed, (key.first + '\n' + key.second) + (presence ? "\np" : "\nm"), number);
 }
 

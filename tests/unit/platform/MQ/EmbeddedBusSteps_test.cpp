@@ -99,6 +99,21 @@ TEST_F(EmbeddedBusSteps, FaultsOfALinkDoNotDependOnOtherLinks) {
     EXPECT_LT(alone.size(), 40u);
 }
 
+TEST_F(EmbeddedBusSteps, FaultsOfALinkGoOnWhereItHasBeenIdle) {
+    join("a");
+    join("b");
+    bus->setFaults({0.5, 0, 0, 0, 0}, 7);
+    for (int i = 0; i < 50; ++i) bus->send("a", "b", std::to_string(i));
+    const auto atOnce = settled();
+    bus->setFaults({0.5, 0, 0, 0, 0}, 7);
+    std::vector<std::string> oneByOne;
+    for (int i = 0; i < 50; ++i) {
+        bus->send("a", "b", std::to_string(i));
+        for (const auto& text : settled()) oneByOne.push_back(text);
+    }
+    EXPECT_EQ(oneByOne, atOnce);
+}
+
 TEST_F(EmbeddedBusSteps, FaultsOfMessagesDoNotDependOnPresence) {
     join("a");
     join("b");
