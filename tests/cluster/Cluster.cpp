@@ -1,11 +1,11 @@
 #include "Cluster.h"
 
 #include <algorithm>
-#include <condition_variable>
 
 #include "MQDownload.h"
 #include "OrvVersion.h"
 #include "Received.h"
+#include "Watchdog.h"
 #include "WatchedBus.h"
 
 namespace cluster {
@@ -19,34 +19,6 @@ namespace {
 constexpr size_t kMostSteps = 20000;
 constexpr std::chrono::seconds kMostSettling{15};
 constexpr unsigned kStep = 250;
-
-/// Lets something be done when a task takes too long.
-class Watch {
-public:
-    explicit Watch(std::function<void()> late)
-        : mThread([this, late = std::move(late)] {
-              std::unique_lock lock(mMutex);
-              while (!mChanged.wait_for(lock, kMostSettling, [this] { return mEnded; })) {
-                  lock.unlock();
-                  late();
-                  lock.lock();
-              }
-          }) {}
-    ~Watch() {
-        {
-            std::lock_guard lock(mMutex);
-            mEnded = true;
-            mChanged.notify_all();
-        }
-        mThread.join();
-    }
-
-private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    bool mEnded = false;
-    std::thread mThread;  // last: it uses the others
-};
 
 }  // namespace
 
@@ -126,7 +98,7 @@ void Cluster::settleInSteps() {
 }
 
 void Cluster::settleOnThreads() {
-    const Watch watch([this] { cancelEveryPull(); });
+    const support::Watchdog watchdog(kMostSettling, [this] { cancelEveryPull(); });
     // What the bus brings about may lead to requests to the cloud, and these to work for the bus.
     for (;;) {
         mBus->settle();

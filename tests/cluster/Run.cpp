@@ -1,14 +1,12 @@
 #include "Run.h"
 
-#include <condition_variable>
 #include <cstdlib>
 #include <iostream>
-#include <mutex>
-#include <thread>
 
 #include "Invariants.h"
 #include "Packages.h"
 #include "Scenario.h"
+#include "Watchdog.h"
 
 namespace cluster {
 
@@ -18,31 +16,7 @@ void add(Book& book, const Violations& found) {
     for (const auto& text : found) book.violation(text);
 }
 
-/// Ends the process when a run does not: something in it waits for ever.
-class LateRun {
-public:
-    explicit LateRun(uint64_t seed)
-        : mThread([this, seed] {
-              std::unique_lock lock(mMutex);
-              if (mChanged.wait_for(lock, std::chrono::seconds(110), [this] { return mEnded; })) return;
-              std::cerr << "VIOLATION: run does not end\nagain: ./dev soak 1 " << seed << std::endl;
-              std::abort();
-          }) {}
-    ~LateRun() {
-        {
-            std::lock_guard lock(mMutex);
-            mEnded = true;
-            mChanged.notify_all();
-        }
-        mThread.join();
-    }
-
-private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    bool mEnded = false;
-    std::thread mThread;  // last: it uses the others
-};
+constexpr std::chrono::seconds kLongestRun{110};
 
 /// The scenario, with everything that it makes and ends.
 void play(uint64_t seed, Pace pace, Machine& machine, Book& book, const std::function<void(Cluster&)>& meddle) {
@@ -78,7 +52,9 @@ RunReport run(uint64_t seed) { return run(seed, paceOf(seed)); }
 
 RunReport run(uint64_t seed, Pace pace, const std::function<void(Cluster&)>& meddle) {
     warmUp();
-    const LateRun late(seed);
+    const support::Watchdog watchdog(kLongestRun, [seed] {
+        support::endAsHung("VIOLATION: run does not end\nagain: ./dev soak 1 " + std::to_string(seed));
+    });
     const auto before = holdings();
     RunReport report;
     report.seed = seed;

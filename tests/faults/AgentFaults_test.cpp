@@ -132,7 +132,7 @@ public:
             // Where the agent is throwing its package away, the next one waits for that.
             mNext.wait_for(std::chrono::milliseconds(100));
         });
-        const Watchdog watchdog([&] { return armed.where(); });
+        const support::Watchdog watchdog(kPatience, [&] { support::endAsHung(armed.where()); });
         mResult = agent.start("C:\\Orv", true, {});
         if (mNext.valid()) mNext.get();
         return armed.where();

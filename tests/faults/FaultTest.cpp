@@ -133,7 +133,8 @@ void FaultTest::attempt(Attempt& attempt, size_t number, bool& struck) {
     ErrorInfo result;
     {
         const Armed armed(attempt.root(), GetParam(), number);
-        const Watchdog watchdog([&] { return "fault " + std::to_string(number) + " at " + armed.where(); });
+        const support::Watchdog watchdog(
+            kPatience, [&] { support::endAsHung("fault " + std::to_string(number) + " at " + armed.where()); });
         result = attempt.run();
         struck = armed.struck();
         where = armed.where();

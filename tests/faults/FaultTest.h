@@ -1,6 +1,7 @@
 // Repeats an operation, with another of its system calls failing each time, until none is left.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -17,6 +18,9 @@
 namespace faults {
 
 using Public::Base::ErrorInfo;
+
+/// How long one fault may take.
+constexpr std::chrono::seconds kPatience{30};
 
 /// All files below a directory with their content; a link stands with what it leads to, in front of it "-> ".
 using Tree = std::map<std::string, std::string>;

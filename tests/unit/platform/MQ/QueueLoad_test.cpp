@@ -27,6 +27,22 @@ protected:
             message->connection()->pushResponse(message->buildResponse(ErrorInfo(0, ""), packet("late")), false);
         }
     }
+    /// Many requests are answered while something else would end them with that code.
+    void answersMeet(unsigned timeoutMs, const std::function<void()>& end, int code) {
+        keepAll();
+        std::vector<Answers> each(300);
+        for (auto& one : each) ASSERT_NE(askB(one, timeoutMs), 0u);
+        bed().settle();
+        std::thread answering([this] { answerAllKept(); });
+        end();
+        answering.join();
+        bed().settle();
+        bed().elapse(timeoutMs);
+        for (const auto& one : each) {
+            ASSERT_EQ(one.count(), 1u);
+            ASSERT_TRUE(one.code() == 0 || one.code() == code) << one.code();
+        }
+    }
 
     std::mutex mutex;
     std::vector<std::shared_ptr<MQMessage>> kept;
@@ -79,52 +95,18 @@ TEST_P(QueueLoad, LongFramesAmongShortOnesAreEachServedOnce) {
 }
 
 TEST_P(QueueLoad, AnAnswerThatMeetsTheTimeOutIsOneCallback) {
-    keepAll();
-    constexpr size_t kRequests = 300;
-    std::vector<Answers> each(kRequests);
-    for (auto& one : each) ASSERT_NE(askB(one, 1000), 0u);
-    bed().settle();
-    std::thread answering([this] { answerAllKept(); });
-    bed().jump(1000);
-    answering.join();
-    bed().settle();
-    for (const auto& one : each) {
-        ASSERT_EQ(one.count(), 1u);
-        ASSERT_TRUE(one.code() == 0 || one.code() == -202) << one.code();
-    }
+    answersMeet(
+        1000, [this] { bed().jump(1000); }, -202);
 }
 
 TEST_P(QueueLoad, AnAnswerThatMeetsTheCutOfTheLinkIsOneCallback) {
-    keepAll();
-    constexpr size_t kRequests = 300;
-    std::vector<Answers> each(kRequests);
-    for (auto& one : each) ASSERT_NE(askB(one), 0u);
-    bed().settle();
-    std::thread answering([this] { answerAllKept(); });
-    bed().cut("a", "b");
-    answering.join();
-    bed().settle();
-    bed().elapse(60000);
-    for (const auto& one : each) {
-        ASSERT_EQ(one.count(), 1u);
-        ASSERT_TRUE(one.code() == 0 || one.code() == -203) << one.code();
-    }
+    answersMeet(
+        60000, [this] { bed().cut("a", "b"); }, -203);
 }
 
 TEST_P(QueueLoad, AnAnswerThatMeetsTheNodesOwnEndIsOneCallback) {
-    keepAll();
-    constexpr size_t kRequests = 300;
-    std::vector<Answers> each(kRequests);
-    for (auto& one : each) ASSERT_NE(askB(one), 0u);
-    bed().settle();
-    std::thread answering([this] { answerAllKept(); });
-    a.reset();
-    answering.join();
-    bed().settle();
-    for (const auto& one : each) {
-        ASSERT_EQ(one.count(), 1u);
-        ASSERT_TRUE(one.code() == 0 || one.code() == -203) << one.code();
-    }
+    answersMeet(
+        60000, [this] { a.reset(); }, -203);
 }
 
 TEST_P(QueueLoad, ManyAnswersToOneRequestAreOneCallback) {
