@@ -186,12 +186,8 @@ TEST_F(RequestNotesTopic, AnswersTheFirstSenderOfAForwardedRequest) {
 // --- Notifications
 
 TEST_F(CatalogueReplies, OwnNotificationIsIgnoredAlsoWhenItNamesAnotherNode) {
-    const auto far = makeServer("far");
-    const auto farRequest = makeRequest(far);
     const Received<std::string> calls;
-    mRequest->registerVersionRequestNotify([calls] { calls.add("server"); });
-    farRequest->registerVersionRequestNotify([calls] { calls.add("far"); });
-    startAt(*farRequest);
+    const auto far = startFarAndNoteCalls(calls);
     Asker self(mServer->connectionTo("server", ""));
     self.send("far", kNotify);
     ASSERT_TRUE(self.ask("server", kQueryVersion));

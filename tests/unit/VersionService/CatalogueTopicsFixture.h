@@ -3,6 +3,7 @@
 
 #include "CatalogueEntries.h"
 #include "OrvVersion/ReleaseHistory.h"
+#include "Received.h"
 #include "RequestFixture.h"
 #include "UpdateCloud.h"
 
@@ -80,6 +81,15 @@ protected:
     }
 
     support::UpdateCloud mCloud;
+    /// A further node "far", started; it and "server" note their names when they are notified.
+    std::shared_ptr<VersionRequest> startFarAndNoteCalls(const support::Received<std::string>& calls) {
+        const auto far = makeRequest(makeServer("far"));
+        mRequest->registerVersionRequestNotify([calls] { calls.add("server"); });
+        far->registerVersionRequestNotify([calls] { calls.add("far"); });
+        startAt(*far);
+        return far;
+    }
+
     std::shared_ptr<TWMQSystemServer> mServer = makeServer();
     std::shared_ptr<TWMQSystemServer> mPeer = makeServer("peer");
     std::shared_ptr<VersionRequest> mRequest = makeRequest(mServer);

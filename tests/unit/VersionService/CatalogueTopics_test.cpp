@@ -304,12 +304,8 @@ TEST_F(NotifyTopic, OfTheNodeItselfIsIgnored) {
 }
 
 TEST_F(NotifyTopic, OfAnotherTargetIsPassedOn) {
-    const auto far = makeServer("far");
-    const auto farRequest = makeRequest(far);
     const Received<std::string> calls;
-    mRequest->registerVersionRequestNotify([calls] { calls.add("server"); });
-    farRequest->registerVersionRequestNotify([calls] { calls.add("far"); });
-    startAt(*farRequest);
+    const auto far = startFarAndNoteCalls(calls);
     const auto client = makeClient();
     Asker asker(client->connection());
     const auto answer = asker.ask("far", kNotify);
