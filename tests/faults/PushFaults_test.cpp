@@ -116,4 +116,30 @@ TEST_P(PushFaults, AreToldOrBorneOverALongerPackage) {
     exhaust([] { return std::make_unique<PushOverALongerOne>(); });
 }
 
+// The package is opened for the push after its test, which opens it too: that is the last one, since nobody is reached.
+TEST(PushedFile, ThatCannotBeOpenedAfterItsTestIsMinusOne) {
+    const support::TempDir root;
+    const std::string package = root.path() + "/" + kSent;
+    support::writeText(package, packageBytes());
+    const auto request =
+        std::make_shared<VersionRequest>(IOWorker::create(1), std::shared_ptr<TWMQSystemServer>(), VersionType_Server);
+    const auto nobody = std::make_shared<GetServerConnection>(nullptr, "taker");
+    std::vector<int> codes;
+    bool struck = true;
+    for (size_t at = 1; struck; ++at) {
+        const Armed armed(root.path(), Kind::TooManyOpen, at);
+        const auto push = std::make_shared<PostDownload>(request, package, nobody, VersionSource_Online, "taker");
+        const support::Received<bool> ended;
+        ASSERT_FALSE(push->start([ended] { ended.add(true); }));
+        ASSERT_TRUE(ended.waitFor());
+        Public::Base::settleDetached();
+        codes.push_back(push->getError().errorCode());
+        struck = armed.struck();
+    }
+    ASSERT_GE(codes.size(), 3U);
+    EXPECT_EQ(codes.back(), -200);
+    EXPECT_EQ(codes[codes.size() - 2], -1);
+    EXPECT_NE(codes.front(), -200);
+}
+
 INSTANTIATE_TEST_SUITE_P(Kinds, PushFaults, testing::ValuesIn(kWriting), titleOf);
