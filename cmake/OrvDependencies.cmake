@@ -1,6 +1,9 @@
 # The chosen libraries; only the platform links them.
 find_package(CURL REQUIRED)
-find_package(OpenSSL 3 REQUIRED)
+# Windows judges signatures itself; only its tests make some.
+if(NOT WIN32 OR ORV_TESTS)
+  find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
+endif()
 find_package(ZLIB REQUIRED)
 
 # Inflates whole items twice as fast as zlib; Debian 12's package has no CMake files.
@@ -24,3 +27,10 @@ endif()
 find_package(nlohmann_json REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(Threads REQUIRED)
+
+# What differs between the systems of what the platform links.
+if(WIN32)
+  set(ORV_SYSTEM_LIBRARIES wintrust crypt32 ws2_32 shell32 bcrypt)
+else()
+  set(ORV_SYSTEM_LIBRARIES OpenSSL::Crypto)
+endif()

@@ -5,7 +5,9 @@ install(TARGETS OrvUpdate OrvPlatform OrvPlatformHeaders EXPORT OrvUpdateTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-set_target_properties(OrvUpdate OrvPlatform PROPERTIES INSTALL_RPATH "$ORIGIN")
+if(NOT WIN32)
+  set_target_properties(OrvUpdate OrvPlatform PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
 
 # The installer and its launcher lie together, as they must beside a host.
 install(TARGETS orvinstaller RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -10,8 +10,9 @@ packages=(
   nsis osslsigncode openssl protobuf-compiler 7zip curl
   clang-format clang-tidy
 )
-# "fuzz" adds the compiler that has the fuzzing engine.
+# "fuzz" adds the compiler that has the fuzzing engine, "windows" what cross-builds and runs the programs for Windows.
 [ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev)
+[ "${1:-}" = windows ] && packages+=(g++-mingw-w64-x86-64-posix gcc-mingw-w64-i686-posix libz-mingw-w64-dev wine wine64 googletest libfmt-dev dpkg-dev perl)
 
 missing=()
 for package in "${packages[@]}"; do
