@@ -72,7 +72,7 @@ build_openssl() {
   (
     cd "$work/source/openssl" &&
     ./Configure mingw64 --cross-compile-prefix=x86_64-w64-mingw32- --prefix="$prefix" --libdir=lib no-shared no-tests \
-      no-engine no-legacy no-module no-ssl no-dtls no-comp no-cmp no-ct no-srp no-quic no-psk no-idea no-seed no-camellia \
+      no-engine no-legacy no-module no-ssl no-dtls no-comp no-cmp no-ct no-srp no-psk no-idea no-seed no-camellia \
       no-aria no-bf no-cast no-rc2 no-rc4 no-rc5 no-md4 no-mdc2 no-whirlpool no-sm2 no-sm3 no-sm4 no-ec2m no-gost no-siphash \
       no-blake2 no-scrypt no-ocb no-des no-rmd160 no-poly1305 no-chacha no-dso no-ui-console &&
     make -j "$jobs" build_generated libcrypto.a &&
