@@ -16,7 +16,7 @@ target_link_libraries(OrvLibdeflate INTERFACE ${ORV_LIBDEFLATE_LIBRARY})
 # A liblzma newer than Debian 12's, where scripts/build-liblzma.sh has made one; else the system's.
 set(ORV_LIBLZMA_ROOT ${PROJECT_SOURCE_DIR}/build/deps/liblzma CACHE PATH "Where the newer liblzma is looked for")
 add_library(OrvLiblzma INTERFACE)
-if(EXISTS ${ORV_LIBLZMA_ROOT}/lib/liblzma.a)
+if(NOT WIN32 AND EXISTS ${ORV_LIBLZMA_ROOT}/lib/liblzma.a)
   target_include_directories(OrvLiblzma SYSTEM INTERFACE ${ORV_LIBLZMA_ROOT}/include)
   target_compile_definitions(OrvLiblzma INTERFACE LZMA_API_STATIC)
   target_link_libraries(OrvLiblzma INTERFACE ${ORV_LIBLZMA_ROOT}/lib/liblzma.a)

@@ -1,6 +1,6 @@
 #include "Public/Base/ErrorInfo.h"
 
-#include <system_error>
+#include "Base/NativeError.h"
 
 namespace Public::Base {
 
@@ -15,7 +15,7 @@ ErrorInfo::ErrorInfo(int code, const std::string& message) : mCode(static_cast<E
 ErrorInfo ErrorInfo::getLastError() { return tLastError; }
 
 void ErrorInfo::setLastSystemError(int nativeError) {
-    tLastError = ErrorInfo(-(10000 + nativeError), std::system_category().message(nativeError));
+    tLastError = ErrorInfo(-(10000 + nativeError), nativeErrorText(nativeError));
 }
 
 void ErrorInfo::setLastError(const ErrorInfo& error) { tLastError = error; }

@@ -1,5 +1,8 @@
 #include "SignatureSettings.h"
 
+#include <algorithm>
+#include <mutex>
+
 #include "Public/Base/Signature.h"
 
 namespace Public::Base {

@@ -1,0 +1,164 @@
+// What can be done to files and directories by path.
+#include <vector>
+
+#include "Base/Windows/NativePath.h"
+#include "Base/Windows/Replacement.h"
+#include "Public/Base/File.h"
+
+namespace Public::Base {
+
+namespace {
+
+/// What a copy or a new content takes over from a file.
+constexpr DWORD kKeptAttributes =
+    FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+
+bool copyContent(HANDLE from, Replacement& to) {
+    std::string buffer(1 << 18, '\0');
+    for (;;) {
+        DWORD got = 0;
+        if (!::ReadFile(from, buffer.data(), static_cast<DWORD>(buffer.size()), &got, nullptr))
+            return failWithLastError();
+        if (got == 0) return true;
+        if (!to.write(buffer.data(), got)) return false;
+    }
+}
+
+/// Makes one directory. @return the system's number of the failure, 0 when it is there now
+DWORD makeOne(const std::wstring& native) {
+    if (::CreateDirectoryW(native.c_str(), nullptr)) return 0;
+    const DWORD refused = ::GetLastError();
+    BY_HANDLE_FILE_INFORMATION status{};
+    const bool seen = queryStatus(native, status);
+    if (seen && (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return 0;
+    return seen || refused == ERROR_ALREADY_EXISTS ? ERROR_DIRECTORY : refused;
+}
+
+/// Where the names begin: behind the drive, or behind the server and its share.
+size_t rootLength(const std::wstring& native) {
+    size_t at = 0;
+    if (native.starts_with(L"\\\\?\\UNC\\")) {
+        at = 8;
+    } else if (native.starts_with(L"\\\\?\\") || native.starts_with(L"\\\\.\\")) {
+        return native.find(L'\\', 4) == std::wstring::npos ? native.size() : native.find(L'\\', 4) + 1;
+    } else if (native.starts_with(L"\\\\")) {
+        at = 2;
+    } else {
+        const bool hasDrive = native.size() > 1 && native[1] == L':';
+        at = hasDrive ? 2 : 0;
+        return at < native.size() && native[at] == L'\\' ? at + 1 : at;
+    }
+    for (int name = 0; name < 2 && at != std::wstring::npos; ++name) at = native.find(L'\\', at) + 1;
+    return at == 0 ? native.size() : at;
+}
+
+}  // namespace
+
+bool File::access(const std::string& path, AccessMode) {
+    std::wstring native;
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (!toNativePath(path, native)) return false;
+    // What is there may still be closed to every opening, so a refusal is asked once more without one.
+    if (queryStatus(native, status)) return true;
+    const DWORD refused = ::GetLastError();
+    const bool mayBeThere = refused == ERROR_SHARING_VIOLATION || refused == ERROR_ACCESS_DENIED;
+    return (mayBeThere && ::GetFileAttributesW(native.c_str()) != INVALID_FILE_ATTRIBUTES) || failWith(refused);
+}
+
+bool File::isAbsent(const std::string& path) {
+    std::wstring native;
+    if (!toNativePath(path, native)) return true;
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (queryStatus(native, status)) return false;
+    const DWORD reason = ::GetLastError();
+    failWith(reason);
+    // A name that the system cannot have is one that nothing bears.
+    return reason == ERROR_FILE_NOT_FOUND || reason == ERROR_PATH_NOT_FOUND || reason == ERROR_INVALID_NAME ||
+           reason == ERROR_BAD_PATHNAME || reason == ERROR_DIRECTORY || reason == ERROR_INVALID_DRIVE;
+}
+
+uint64_t File::getLength(const std::string& path) {
+    std::wstring native;
+    if (!toNativePath(path, native)) return 0;
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (!queryStatus(native, status)) {
+        failWithLastError();
+        return 0;
+    }
+    const bool isDirectory = status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY;
+    return isDirectory ? 0 : joined(status.nFileSizeHigh, status.nFileSizeLow);
+}
+
+bool File::cut(const std::string& path, uint64_t length) {
+    std::wstring native;
+    if (!toNativePath(path, native)) return false;
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (!queryStatus(native, status)) return failWithLastError();
+    if (joined(status.nFileSizeHigh, status.nFileSizeLow) <= length) return true;
+    const OwnedHandle file = openShared(native, GENERIC_WRITE);
+    LARGE_INTEGER end{};
+    end.QuadPart = static_cast<LONGLONG>(length);
+    return (file.isOpen() && ::SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN) && ::SetEndOfFile(file.get())) ||
+           failWithLastError();
+}
+
+bool File::remove(const std::string& path) {
+    std::wstring native;
+    if (!toNativePath(path, native)) return false;
+    if (::DeleteFileW(native.c_str())) return true;
+    const DWORD refused = ::GetLastError();
+    // Whether a file can be removed is the directory's matter; that it may not be written does not protect it.
+    const DWORD attributes =
+        refused == ERROR_ACCESS_DENIED ? ::GetFileAttributesW(native.c_str()) : INVALID_FILE_ATTRIBUTES;
+    const bool isProtected = attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY) &&
+                             (attributes & FILE_ATTRIBUTE_READONLY);
+    if (!isProtected || !::SetFileAttributesW(native.c_str(), FILE_ATTRIBUTE_NORMAL)) return failWith(refused);
+    if (::DeleteFileW(native.c_str())) return true;
+    const DWORD again = ::GetLastError();
+    ::SetFileAttributesW(native.c_str(), attributes);
+    return failWith(again);
+}
+
+bool File::copy(const std::string& from, const std::string& to) {
+    std::wstring source;
+    std::wstring target;
+    if (!toNativePath(from, source) || !toNativePath(to, target)) return false;
+    const OwnedHandle input = openShared(source, GENERIC_READ, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
+    if (!input.isOpen()) return failWithLastError();
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (::GetFileType(input.get()) != FILE_TYPE_DISK) return failWith(ERROR_INVALID_PARAMETER);
+    if (!::GetFileInformationByHandle(input.get(), &status)) return failWithLastError();
+    if (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return failWith(ERROR_ACCESS_DENIED);
+    Replacement output;
+    if (!output.open(target)) return false;
+    if (output.replaces() && isSameFile(output.replaced(), status)) return failWith(ERROR_FILE_EXISTS);
+    output.setAttributes(status.dwFileAttributes & kKeptAttributes);
+    return copyContent(input.get(), output) && output.commit();
+}
+
+bool File::save(const std::string& path, const SharedBuffer& content) {
+    std::wstring target;
+    if (!toNativePath(path, target)) return false;
+    Replacement output;
+    if (!output.open(target)) return false;
+    if (output.replaces()) {
+        const DWORD attributes = output.replaced().dwFileAttributes;
+        // One that may not be written is not replaced either.
+        if (attributes & FILE_ATTRIBUTE_READONLY) return failWith(ERROR_ACCESS_DENIED);
+        output.setAttributes(attributes & kKeptAttributes);
+    }
+    return output.write(content.buf(), content.size()) && output.sync() && output.commit();
+}
+
+bool File::makeDirectory(const std::string& path) {
+    std::wstring native;
+    if (!toNativePath(path, native)) return false;
+    const size_t root = rootLength(native);
+    for (size_t at = native.find(L'\\', root);; at = native.find(L'\\', at + 1)) {
+        const std::wstring part = native.substr(0, at);
+        if (const DWORD refused = makeOne(part)) return failWith(refused);
+        if (at == std::wstring::npos) return true;
+    }
+}
+
+}  // namespace Public::Base

@@ -1,0 +1,83 @@
+#include "Base/Windows/NativePath.h"
+
+#include <algorithm>
+
+#include "Public/Base/ErrorInfo.h"
+#include "Public/Base/StringEx.h"
+
+namespace Public::Base {
+
+namespace {
+
+/// A directory may be no longer without the other form; files have twelve more.
+constexpr size_t kLongestPlain = 247;
+
+bool toWide(const std::string& text, std::wstring& wide) {
+    const int length = static_cast<int>(std::min<size_t>(text.size(), INT_MAX));
+    const int needed = ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length, nullptr, 0);
+    wide.resize(static_cast<size_t>(std::max(needed, 0)));
+    return needed > 0 && ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length, wide.data(), needed);
+}
+
+/// From the root, without "." and "..", which the form without a limit would take for names.
+bool makeFull(std::wstring& path) {
+    const DWORD needed = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    const DWORD length = needed == 0 ? 0 : ::GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
+    if (length == 0 || length >= needed) return failWithLastError();
+    full.resize(length);
+    path = std::move(full);
+    return true;
+}
+
+void liftLimit(std::wstring& full) {
+    if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return;
+    if (full.starts_with(L"\\\\")) {
+        full.replace(0, 1, L"\\\\?\\UNC");
+    } else {
+        full.insert(0, L"\\\\?\\");
+    }
+}
+
+}  // namespace
+
+bool failWith(DWORD nativeError) {
+    ErrorInfo::setLastSystemError(static_cast<int>(nativeError));
+    return false;
+}
+
+bool failWithLastError() { return failWith(::GetLastError()); }
+
+bool toNativePath(const std::string& path, std::wstring& native) {
+    if (path.empty() || path.find('\0') != std::string::npos) return failWith(ERROR_INVALID_NAME);
+    if (!toWide(path, native)) return failWith(ERROR_NO_UNICODE_TRANSLATION);
+    std::replace(native.begin(), native.end(), L'/', L'\\');
+    if (native.starts_with(L"\\\\?\\")) return true;
+    // What is short may still be long from the root.
+    std::wstring full = native;
+    if (!makeFull(full)) return false;
+    if (full.size() <= kLongestPlain) return true;
+    liftLimit(full);
+    native = std::move(full);
+    return true;
+}
+
+std::string fromNative(const std::wstring& native) { return StringEx::wstring2string(native); }
+
+OwnedHandle openShared(const std::wstring& native, DWORD access, DWORD disposition, DWORD flags) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    return OwnedHandle(::CreateFileW(native.c_str(), access, kShareAll, nullptr, disposition,
+                                     FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr));
+}
+
+bool queryStatus(const std::wstring& native, BY_HANDLE_FILE_INFORMATION& status) {
+    const OwnedHandle opened = openShared(native, FILE_READ_ATTRIBUTES);
+    return opened.isOpen() && ::GetFileInformationByHandle(opened.get(), &status);
+}
+
+bool isSameFile(const BY_HANDLE_FILE_INFORMATION& one, const BY_HANDLE_FILE_INFORMATION& other) {
+    return one.dwVolumeSerialNumber == other.dwVolumeSerialNumber && one.nFileIndexHigh == other.nFileIndexHigh &&
+           one.nFileIndexLow == other.nFileIndexLow;
+}
+
+}  // namespace Public::Base

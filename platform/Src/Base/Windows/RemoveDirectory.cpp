@@ -1,0 +1,153 @@
+// Removing a directory with all that it holds.
+#include <string>
+#include <vector>
+
+#include "Base/Windows/EntryStream.h"
+#include "Base/Windows/NativePath.h"
+#include "Public/Base/File.h"
+
+namespace Public::Base {
+
+namespace {
+
+struct Entry {
+    std::wstring name;
+    DWORD attributes = 0;
+    bool isDirectory = false;
+};
+
+/// A file, or a link to whatever it may be; that it may not be written does not protect it.
+bool removeEntry(const std::wstring& path, DWORD attributes) {
+    if (attributes & FILE_ATTRIBUTE_READONLY) ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    const bool isDirectory = attributes & FILE_ATTRIBUTE_DIRECTORY;
+    if (isDirectory ? ::RemoveDirectoryW(path.c_str()) : ::DeleteFileW(path.c_str())) return true;
+    const DWORD refused = ::GetLastError();
+    if (attributes & FILE_ATTRIBUTE_READONLY) ::SetFileAttributesW(path.c_str(), attributes);
+    return failWith(refused);
+}
+
+/// Goes down a tree and up again. Each directory on the way is held open so that nobody can put a link in its place
+/// meanwhile and lead the walk astray.
+class TreeRemoval {
+public:
+    /// @return true when the directory and all that it holds is gone
+    bool remove(const std::wstring& top, DWORD attributes) {
+        mPath = top;
+        if (!enter(attributes)) return false;
+        for (;;) {
+            Level& level = mLevels.back();
+            if (!level.left.empty()) {
+                takeNext();
+            } else if (!leave()) {
+                return mLastWhole;
+            }
+        }
+    }
+
+private:
+    struct Level {
+        OwnedHandle held;
+        DWORD attributes = 0;
+        size_t parentLength = 0;  // of the path without this directory
+        std::vector<Entry> left;  // still to be removed
+        bool whole = true;        // nothing had to stay so far
+    };
+
+    /// Notes what the directory at mPath holds.
+    bool enter(DWORD attributes, size_t parentLength = 0) {
+        Level level;
+        level.attributes = attributes;
+        level.parentLength = parentLength;
+        level.held = OwnedHandle(::CreateFileW(mPath.c_str(), FILE_READ_ATTRIBUTES | SYNCHRONIZE,
+                                               FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                               FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        BY_HANDLE_FILE_INFORMATION status{};
+        if (!level.held.isOpen() || !::GetFileInformationByHandle(level.held.get(), &status))
+            return failWithLastError();
+        if ((status.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) && !(attributes & FILE_ATTRIBUTE_REPARSE_POINT))
+            return failWith(ERROR_BUSY);  // someone has put it there since it was listed
+        EntryStream entries(mPath);
+        while (const WIN32_FIND_DATAW* entry = entries.next())
+            level.left.push_back({entry->cFileName, entry->dwFileAttributes, isDirectory(*entry)});
+        level.whole = !entries.failed();
+        mLevels.push_back(std::move(level));
+        return true;
+    }
+
+    /// Removes one entry, or goes into it.
+    void takeNext() {
+        const Entry entry = std::move(mLevels.back().left.back());
+        mLevels.back().left.pop_back();
+        const size_t parentLength = mPath.size();
+        if (!mPath.ends_with(L'\\')) mPath += L'\\';
+        mPath += entry.name;
+        const bool entered = entry.isDirectory && enter(entry.attributes, parentLength);
+        if (entered) return;
+        if (entry.isDirectory || !removeEntry(mPath, entry.attributes)) mLevels.back().whole = false;
+        mPath.resize(parentLength);
+    }
+
+    /// Removes the directory that was emptied and goes up. @return false when it was the last
+    bool leave() {
+        Level done = std::move(mLevels.back());
+        mLevels.pop_back();
+        done.held.close();
+        mLastWhole = done.whole && removeEntry(mPath, done.attributes | FILE_ATTRIBUTE_DIRECTORY);
+        if (mLevels.empty()) return false;
+        if (!mLastWhole) mLevels.back().whole = false;
+        mPath.resize(done.parentLength);
+        return true;
+    }
+
+    std::wstring mPath;
+    std::vector<Level> mLevels;
+    bool mLastWhole = true;
+};
+
+/// A directory under one of these names is the parent of what the caller means, or its own.
+bool endsInPoints(const std::wstring& native) {
+    const std::wstring last = native.substr(native.find_last_of(L"\\:") + 1);
+    return last == L"." || last == L"..";
+}
+
+/// From the root, in the form without a limit of length, so that what lies below can be named however deep it is.
+bool toUnlimited(std::wstring& native) {
+    if (native.starts_with(L"\\\\?\\")) return true;
+    const OwnedHandle opened = openShared(native, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+    const DWORD needed =
+        opened.isOpen() ? ::GetFinalPathNameByHandleW(opened.get(), nullptr, 0, FILE_NAME_NORMALIZED) : 0;
+    std::wstring path(needed, L'\0');
+    const DWORD length =
+        needed == 0 ? 0 : ::GetFinalPathNameByHandleW(opened.get(), path.data(), needed, FILE_NAME_NORMALIZED);
+    if (length == 0 || length >= needed) return failWithLastError();
+    path.resize(length);
+    native = std::move(path);
+    return true;
+}
+
+/// "C:\" or "\\server\share".
+bool isRoot(const std::wstring& unlimited) {
+    const size_t names = unlimited.starts_with(L"\\\\?\\UNC\\") ? 8 : 4;
+    size_t rest = unlimited.find(L'\\', names);
+    if (names == 8 && rest != std::wstring::npos) rest = unlimited.find(L'\\', rest + 1);
+    return rest == std::wstring::npos || rest + 1 >= unlimited.size();
+}
+
+}  // namespace
+
+bool File::removeDirectory(const std::string& path) {
+    std::wstring native;
+    if (!toNativePath(path, native)) return false;
+    while (native.size() > 1 && native.back() == L'\\' && native[native.size() - 2] != L':') native.pop_back();
+    if (endsInPoints(native)) return failWith(ERROR_INVALID_NAME);
+    WIN32_FIND_DATAW status{};
+    status.dwFileAttributes = ::GetFileAttributesW(native.c_str());
+    if (status.dwFileAttributes == INVALID_FILE_ATTRIBUTES) return failWithLastError();
+    if (!(status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return failWith(ERROR_DIRECTORY);
+    if (!toUnlimited(native)) return false;
+    if (isRoot(native)) return failWith(ERROR_BUSY);
+    if (status.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) return removeEntry(native, status.dwFileAttributes);
+    return TreeRemoval().remove(native, status.dwFileAttributes);
+}
+
+}  // namespace Public::Base
