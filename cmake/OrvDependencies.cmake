@@ -8,7 +8,7 @@ find_package(ZLIB REQUIRED)
 
 # Inflates whole items twice as fast as zlib; Debian 12's package has no CMake files.
 find_path(ORV_LIBDEFLATE_INCLUDE libdeflate.h REQUIRED)
-find_library(ORV_LIBDEFLATE_LIBRARY NAMES deflate libdeflate REQUIRED)
+find_library(ORV_LIBDEFLATE_LIBRARY NAMES deflate libdeflate deflatestatic REQUIRED)
 add_library(OrvLibdeflate INTERFACE)
 target_include_directories(OrvLibdeflate SYSTEM INTERFACE ${ORV_LIBDEFLATE_INCLUDE})
 target_link_libraries(OrvLibdeflate INTERFACE ${ORV_LIBDEFLATE_LIBRARY})

@@ -22,7 +22,9 @@ set(ORV_UPDATE_CLOUD_HOST "update.orv.example" CACHE STRING "Host of the update 
 
 add_library(OrvBuildFlags INTERFACE)
 if(MSVC)
-  target_compile_options(OrvBuildFlags INTERFACE /W4 /WX /utf-8 /permissive-)
+  # 4251 and 4275 speak of classes of the standard library in exported ones: host and DLL are built by one compiler.
+  target_compile_options(OrvBuildFlags INTERFACE /W4 /WX /utf-8 /permissive- /bigobj /wd4251 /wd4275)
+  target_compile_definitions(OrvBuildFlags INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
   target_compile_options(OrvBuildFlags INTERFACE
     $<$<BOOL:${MINGW}>:-Wa,-mbig-obj>
