@@ -71,6 +71,7 @@ void measureCluster(const Report& report);
 void measureQueuePull(const Report& report);
 void measureQueuePush(const Report& report);
 void measureMemory(const Report& report);
+void measureWindows(const Report& report);
 
 /// The command line by which the memory benchmark runs one of its stages in a process of its own.
 constexpr const char* kPeakOption = "--peak";

@@ -1,7 +1,7 @@
 // Measures the engine beside tools that do the same work, prints a table, and writes it as JSON.
 //
 //   orvbench [GROUP...]    dependencies, packages, signature, download, backup, store, catalogue, compatibility,
-//                         cluster, pull, push, memory; all of them unless some are named
+//                         cluster, pull, push, memory, windows; all of them unless some are named
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -34,7 +34,8 @@ const std::vector<Group> sGroups{{"dependencies", bench::measureDependencies},
                                  {"cluster", bench::measureCluster},
                                  {"pull", bench::measureQueuePull},
                                  {"push", bench::measureQueuePush},
-                                 {"memory", bench::measureMemory}};
+                                 {"memory", bench::measureMemory},
+                                 {"windows", bench::measureWindows}};
 
 std::string number(const std::optional<double>& value, const char* format) {
     char text[32];
