@@ -3,6 +3,8 @@
 #include <openssl/pem.h>
 #include <openssl/pemerr.h>
 
+#include <algorithm>
+
 namespace Public::Base {
 namespace {
 

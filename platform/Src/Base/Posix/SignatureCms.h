@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "../SignatureContent.h"
 #include "OpenSslOwned.h"
 
 namespace Public::Base {
@@ -13,10 +14,12 @@ struct ProgramSignature {
     PKCS7_SIGNER_INFO* signer = nullptr;      ///< borrowed
     STACK_OF(X509) * certificates = nullptr;  ///< borrowed; null when there are none
     X509* certificate = nullptr;              ///< borrowed: the signer's; null when it is missing
-    const EVP_MD* digest = nullptr;           ///< SHA-1, SHA-256, SHA-384 or SHA-512
     ssl::Bytes content;                       ///< borrowed: what the signature covers
-    std::string fileDigest;                   ///< what the content says of the file
+    SignedContent said;                       ///< the same, taken apart
 };
+
+/// OpenSSL's name for a digest.
+const EVP_MD* digestMethod(SignedContent::Digest digest);
 
 /// Takes an entry of the certificate table apart: one message in DER, then nothing but zeros.
 /// @param signature is filled as far as the entry could be read   @return what is wrong, empty when nothing is

@@ -1,5 +1,7 @@
 #include "SignatureTime.h"
 
+#include <cstring>
+
 #include "SignatureChain.h"
 
 namespace Public::Base {

@@ -1,10 +1,7 @@
-#include "Public/Base/Signature.h"
+#include "../SignatureJudge.h"
 
-#include "../PeSecurity.h"
-#include "../SignatureSettings.h"
-#include "Public/Base/File.h"
-#include "Public/Base/StringEx.h"
-#include "Public/Base/System.h"
+#include <cstring>
+
 #include "SignatureChain.h"
 #include "SignatureCms.h"
 #include "SignatureTime.h"
@@ -14,11 +11,6 @@ namespace {
 
 /// A certificate with this usage vouches for nothing beyond its own validity, whatever a time-stamp says.
 constexpr const char* sLifetimeSigning = "1.3.6.1.4.1.311.10.3.13";
-
-struct Judgement {
-    std::string signer;
-    std::string flaw;
-};
 
 bool endsWithValidity(X509* certificate) {
     const ssl::Owned<EXTENDED_KEY_USAGE, &EXTENDED_KEY_USAGE_free> usages(
@@ -49,19 +41,23 @@ std::string findTrustFlaw(const ProgramSignature& signature, const SignatureSett
 
 std::string findContentFlaw(const ProgramSignature& signature, const PeSecurity& program) {
     const ssl::Owned<EVP_MD_CTX, &EVP_MD_CTX_free> context(EVP_MD_CTX_new());
-    bool good = context && EVP_DigestInit_ex(context.get(), signature.digest, nullptr) == 1;
+    bool good = context && EVP_DigestInit_ex(context.get(), digestMethod(signature.said.digest), nullptr) == 1;
     for (const auto& part : program.covered)
         good = good && EVP_DigestUpdate(context.get(), part.data(), part.size()) == 1;
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned length = 0;
     if (!good || EVP_DigestFinal_ex(context.get(), digest, &length) != 1)
         return "the digest of the file cannot be made";
-    return std::string(digest, digest + length) == signature.fileDigest ? ""
-                                                                        : "the file was changed after it was signed";
+    return std::string(digest, digest + length) == signature.said.fileDigest
+               ? ""
+               : "the file was changed after it was signed";
 }
 
+}  // namespace
+
 /// The cheap tests come first: only a file whose signature is trusted is read as a whole.
-Judgement judgeSigned(const PeSecurity& program, const SignatureSettings& settings) {
+Judgement judgeSigned(const PeSecurity& program, const std::string&, const SignatureSettings& settings) {
+    const ssl::ErrorQueueMark mark;
     ProgramSignature signature;
     std::string flaw = parseSignature(program.signature, signature);
     const std::string signer = signature.certificate ? signerText(signature.certificate) : "unknown";
@@ -69,45 +65,6 @@ Judgement judgeSigned(const PeSecurity& program, const SignatureSettings& settin
     if (flaw.empty()) flaw = findTrustFlaw(signature, settings);
     if (flaw.empty()) flaw = findContentFlaw(signature, program);
     return {signer, flaw};
-}
-
-Judgement judge(const std::string& path) {
-    MappedFile file;
-    if (file.open(path) != MappedFile::Result::Mapped) {
-        // What is there but cannot be read now may carry any signature; only what holds no byte surely carries none.
-        const bool mayBeSigned = !File::isAbsent(path) && (File::getLength(path) != 0);
-        return {mayBeSigned ? "unknown" : "", "the file cannot be read"};
-    }
-    const PeSecurity program = PeSecurity::locate({file.data(), file.size()});
-    switch (program.state) {
-        case PeSecurity::State::NotProgram:
-        case PeSecurity::State::Unsigned:
-            return {"", program.flaw};
-        case PeSecurity::State::Damaged:
-            return {"unknown", program.flaw};
-        case PeSecurity::State::Signed:
-            break;
-    }
-    const ssl::ErrorQueueMark mark;
-    return judgeSigned(program, *SignatureSettings::current());
-}
-
-}  // namespace
-
-bool Signature::Verify(const std::wstring& file, std::wstring& signer, std::wstring& detail) {
-    signer.clear();
-    detail.clear();
-    try {
-        const Judgement judgement = judge(StringEx::wstring2string(file));
-        signer = StringEx::string2wstring(judgement.signer);
-        detail = StringEx::string2wstring(judgement.flaw);
-        return judgement.flaw.empty();
-    } catch (const std::exception&) {
-        // Memory ran out; what could not be judged is not trusted.
-        signer = L"unknown";
-        detail = L"the file could not be examined";
-        return false;
-    }
 }
 
 }  // namespace Public::Base

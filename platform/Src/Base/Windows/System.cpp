@@ -1,0 +1,31 @@
+#include "Base/NativeSystem.h"
+#include "Base/Windows/NativePath.h"
+#include "Public/Base/StringEx.h"
+
+namespace Public::Base {
+
+std::string nativeSystemDirectory() {
+    wchar_t directory[MAX_PATH];
+    const UINT length = ::GetSystemDirectoryW(directory, MAX_PATH);
+    return length < MAX_PATH ? StringEx::wstring2string({directory, length}) : std::string();
+}
+
+bool System::copyFile(const std::string& from, const std::string& to) {
+    std::wstring source, target;
+    if (!toNativePath(from, source) || !toNativePath(to, target)) return false;
+    return ::CopyFileW(source.c_str(), target.c_str(), FALSE) || failWithLastError();
+}
+
+bool System::isVersionOrLater(unsigned major, unsigned minor, unsigned servicePack) {
+    OSVERSIONINFOEXW wanted{};
+    wanted.dwOSVersionInfoSize = sizeof wanted;
+    wanted.dwMajorVersion = major;
+    wanted.dwMinorVersion = minor;
+    wanted.wServicePackMajor = static_cast<WORD>(servicePack);
+    DWORDLONG conditions = ::VerSetConditionMask(0, VER_MAJORVERSION, VER_GREATER_EQUAL);
+    conditions = ::VerSetConditionMask(conditions, VER_MINORVERSION, VER_GREATER_EQUAL);
+    conditions = ::VerSetConditionMask(conditions, VER_SERVICEPACKMAJOR, VER_GREATER_EQUAL);
+    return ::VerifyVersionInfoW(&wanted, VER_MAJORVERSION | VER_MINORVERSION | VER_SERVICEPACKMAJOR, conditions);
+}
+
+}  // namespace Public::Base
