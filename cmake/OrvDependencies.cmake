@@ -4,6 +4,7 @@ find_package(CURL REQUIRED)
 if(NOT WIN32 OR ORV_TESTS)
   find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
 endif()
+set(ZLIB_USE_STATIC_LIBS ${WIN32})  # a host carries one DLL
 find_package(ZLIB REQUIRED)
 
 # Inflates whole items twice as fast as zlib; Debian 12's package has no CMake files.
