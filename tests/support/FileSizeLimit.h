@@ -1,30 +1,22 @@
 // A disk that is full behind some bytes of each file.
 #pragma once
 
-#include <sys/resource.h>
-
-#include <csignal>
+#include <cstdint>
+#include <memory>
 
 namespace support {
 
-/// While it lives, no file of this process grows beyond the limit: writing more fails as on a full disk.
+/// While it lives, no file of this process grows beyond the limit: writing more fails as on a full disk. One at a time.
 class FileSizeLimit {
 public:
-    explicit FileSizeLimit(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &mBefore);
-        const struct rlimit small = {bytes, mBefore.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &mBefore);
-        std::signal(SIGXFSZ, mHandler);
-    }
+    explicit FileSizeLimit(uint64_t bytes);
+    ~FileSizeLimit();
     FileSizeLimit(const FileSizeLimit&) = delete;
     FileSizeLimit& operator=(const FileSizeLimit&) = delete;
 
 private:
-    void (*mHandler)(int);
-    struct rlimit mBefore {};
+    struct Limit;
+    std::unique_ptr<Limit> mLimit;
 };
 
 }  // namespace support

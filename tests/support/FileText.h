@@ -19,8 +19,9 @@ inline void writeText(const std::string& path, const std::string& text) {
 
 /// The file's content; nothing when it is not there.
 inline std::optional<std::string> readText(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file || std::filesystem::is_directory(path)) return std::nullopt;
+    const std::filesystem::path name(path);
+    std::ifstream file(name, std::ios::binary);
+    if (!file || std::filesystem::is_directory(name)) return std::nullopt;
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();

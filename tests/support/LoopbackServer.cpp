@@ -1,22 +1,16 @@
 #include "LoopbackServer.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <strings.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
-#include <stdexcept>
 
 namespace support {
 
 namespace {
 
 bool sameName(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -66,8 +60,8 @@ bool LoopbackConnection::readRequest(HttpRequest& request) {
     request.connection = mNumber;
     const auto receive = [this] {
         char buffer[16384];
-        const auto got = ::recv(mSocket, buffer, sizeof buffer, 0);
-        if (got > 0) mUnread.append(buffer, static_cast<size_t>(got));
+        const size_t got = sockets::receive(mSocket, buffer, sizeof buffer);
+        mUnread.append(buffer, got);
         return got > 0;
     };
     size_t end;
@@ -85,39 +79,17 @@ bool LoopbackConnection::readRequest(HttpRequest& request) {
     return true;
 }
 
-bool LoopbackConnection::send(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto sent = ::send(mSocket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0) return false;
-        bytes.remove_prefix(static_cast<size_t>(sent));
-    }
-    return true;
-}
+bool LoopbackConnection::send(std::string_view bytes) { return sockets::sendAll(mSocket, bytes); }
 
 void LoopbackConnection::waitForClose() {
     char buffer[1024];
-    while (::recv(mSocket, buffer, sizeof buffer, 0) > 0) {
+    while (sockets::receive(mSocket, buffer, sizeof buffer) > 0) {
     }
 }
 
-void LoopbackConnection::resetAtClose() {
-    const linger abort{1, 0};
-    ::setsockopt(mSocket, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
-}
+void LoopbackConnection::resetAtClose() { sockets::resetAtClose(mSocket); }
 
-LoopbackServer::LoopbackServer() {
-    mListener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (mListener < 0 || ::bind(mListener, generic, length) != 0 || ::listen(mListener, 128) != 0 ||
-        ::getsockname(mListener, generic, &length) != 0) {
-        throw std::runtime_error("no listener on loopback");
-    }
-    mPort = ntohs(address.sin_port);
-}
+LoopbackServer::LoopbackServer() : mListener(sockets::listenOnLoopback(mPort)) {}
 
 void LoopbackServer::begin(std::function<void(LoopbackConnection&)> service) {
     mService = std::move(service);
@@ -133,16 +105,11 @@ std::string LoopbackServer::url(const std::string& path) const { return "http://
 void LoopbackServer::accept() {
     size_t number = 0;
     for (;;) {
-        const int socket = ::accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (socket < 0) {
-            if (errno == EINTR || errno == ECONNABORTED) continue;
-            return;
-        }
-        const int on = 1;
-        ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        const sockets::Socket socket = sockets::acceptPeer(mListener);
+        if (socket == sockets::kNone) return;
         std::lock_guard lock(mMutex);
         if (mStopping) {
-            ::close(socket);
+            sockets::close(socket);
             return;
         }
         mOpen.insert(socket);
@@ -150,12 +117,12 @@ void LoopbackServer::accept() {
     }
 }
 
-void LoopbackServer::run(int socket, size_t number) {
+void LoopbackServer::run(sockets::Socket socket, size_t number) {
     LoopbackConnection connection(socket, number);
     mService(connection);
     std::lock_guard lock(mMutex);
     mOpen.erase(socket);
-    ::close(socket);
+    sockets::close(socket);
     mChanged.notify_all();
 }
 
@@ -165,12 +132,14 @@ void LoopbackServer::stop() {
         std::lock_guard lock(mMutex);
         if (mStopping) return;
         mStopping = true;
-        for (const int socket : mOpen) ::shutdown(socket, SHUT_RDWR);
+        for (const auto socket : mOpen) sockets::shutDown(socket);
         mChanged.notify_all();
     }
-    ::shutdown(mListener, SHUT_RDWR);
-    if (mAcceptor.joinable()) mAcceptor.join();
-    ::close(mListener);
+    if (mAcceptor.joinable()) {
+        sockets::endAccepting(mListener);
+        mAcceptor.join();
+    }
+    sockets::close(mListener);
     {
         std::lock_guard lock(mMutex);
         threads.swap(mThreads);

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "Sockets.h"
+
 namespace support {
 
 /// A request as it came over the wire.
@@ -34,7 +36,7 @@ struct HttpRequest {
 /// One accepted connection, used by its own thread only.
 class LoopbackConnection {
 public:
-    LoopbackConnection(int socket, size_t number) : mSocket(socket), mNumber(number) {}
+    LoopbackConnection(sockets::Socket socket, size_t number) : mSocket(socket), mNumber(number) {}
 
     /// @return false when the peer is gone or does not speak HTTP
     bool readRequest(HttpRequest& request);
@@ -46,7 +48,7 @@ public:
     void resetAtClose();
 
 private:
-    int mSocket;
+    sockets::Socket mSocket;
     size_t mNumber;
     std::string mUnread;
 };
@@ -87,16 +89,16 @@ protected:
 
 private:
     void accept();
-    void run(int socket, size_t number);
+    void run(sockets::Socket socket, size_t number);
 
-    int mListener = -1;
     uint16_t mPort = 0;
+    sockets::Socket mListener;  // after the port, which it sets
     std::function<void(LoopbackConnection&)> mService;
     std::thread mAcceptor;
     mutable std::mutex mMutex;
     mutable std::condition_variable mChanged;
     bool mStopping = false;
-    std::set<int> mOpen;
+    std::set<sockets::Socket> mOpen;
     std::list<std::thread> mThreads;
     std::vector<HttpRequest> mRequests;
 };

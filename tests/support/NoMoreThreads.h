@@ -1,32 +1,21 @@
 // A system that gives no more threads.
 #pragma once
 
-#include <pthread.h>
-
-#include <stdexcept>
+#include <memory>
 
 namespace support {
 
-/// While it lives no thread can be started in this process: each would get a stack for which there is no room.
+/// While it lives no thread can be started in this process.
 class NoMoreThreads {
 public:
-    NoMoreThreads() {
-        pthread_attr_t huge;
-        pthread_getattr_default_np(&mUsual);
-        pthread_attr_init(&huge);
-        pthread_attr_setstacksize(&huge, size_t{1} << 46);
-        if (pthread_setattr_default_np(&huge) != 0) throw std::runtime_error("the size of stacks cannot be set");
-        pthread_attr_destroy(&huge);
-    }
-    ~NoMoreThreads() {
-        pthread_setattr_default_np(&mUsual);
-        pthread_attr_destroy(&mUsual);
-    }
+    NoMoreThreads();
+    ~NoMoreThreads();
     NoMoreThreads(const NoMoreThreads&) = delete;
     NoMoreThreads& operator=(const NoMoreThreads&) = delete;
 
 private:
-    pthread_attr_t mUsual;
+    struct Refusal;
+    std::unique_ptr<Refusal> mRefusal;
 };
 
 }  // namespace support

@@ -1,12 +1,13 @@
 #include "PackageMaker.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <stdexcept>
+
+#include "HostTools.h"
 
 namespace fs = std::filesystem;
 
@@ -46,10 +47,11 @@ void save(const fs::path& path, const std::string& content) {
     if (!out.flush()) throw std::runtime_error("cannot write " + path.string());
 }
 
-std::string load(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
+/// Gives a finished file the name under which it is kept. Another process may have been faster, and be reading its own.
+void keepAs(const fs::path& finished, const fs::path& kept) {
+    std::error_code lost;
+    fs::rename(finished, kept, lost);
+    if (lost && !fs::exists(kept)) throw std::runtime_error("cannot make " + kept.string() + ": " + lost.message());
 }
 
 /// A text as the script's language quotes it.
@@ -136,12 +138,11 @@ fs::path compile(const fs::path& stage, const std::string& script, const Package
         save(target, content);
     }
     save(stage / "package.nsi", script);
-    const std::string command =
-        "cd '" + stage.string() + "' && LC_ALL=C.UTF-8 makensis -V2 -INPUTCHARSET UTF8 package.nsi > compiler.log 2>&1";
-    if (std::system(command.c_str()) != 0 || !fs::exists(stage / "package.exe")) {  // NOLINT(concurrency-mt-unsafe)
-        const std::string words = load(stage / "compiler.log");
+    const auto result =
+        runTool({.words = {"makensis", "-V2", "-INPUTCHARSET", "UTF8", "package.nsi"}, .directory = stage.string()});
+    if (result.code != 0 || !fs::exists(stage / "package.exe")) {
         fs::remove_all(stage);
-        throw std::runtime_error("makensis: " + words);
+        throw std::runtime_error("makensis: " + result.output + result.errors);
     }
     return stage / "package.exe";
 }
@@ -207,11 +208,11 @@ std::string makePackage(const PackageSpec& spec, const std::string& outPath) {
 }
 
 std::string compilePackage(const std::string& script, const PackageSpec::Files& sources, const std::string& outPath) {
-    const fs::path cache = fs::path(ORV_BUILD_DIR) / "test-packages";
+    const fs::path cache = ORV_TEST_PACKAGES;
     const fs::path cached = cache / (cacheKey(script, sources) + ".exe");
     if (!fs::exists(cached)) {
         const fs::path stage = cache / ("stage-" + uniqueName());
-        fs::rename(compile(stage, script, sources), cached);
+        keepAs(compile(stage, script, sources), cached);
         fs::remove_all(stage);
     }
     if (fs::path(outPath).has_parent_path()) fs::create_directories(fs::path(outPath).parent_path());

@@ -40,8 +40,9 @@ std::string programImage(int bits, const std::string& seed, size_t size = 1024);
 /// or "Client.msi" and the like.
 PackageSpec::Files defaultFiles(const PackageSpec& spec);
 
-/// Builds the package, or takes it from the cache under the build directory, and puts a copy at outPath, whose
-/// directory is made when missing. Safe with other test processes. Throws std::runtime_error with the compiler's words.
+/// Builds the package, or takes it from the cache that all builds of this checkout share, and puts a copy at outPath,
+/// whose directory is made when missing. Safe with other test processes. Throws std::runtime_error with the compiler's
+/// words.
 /// @return outPath
 std::string makePackage(const PackageSpec& spec, const std::string& outPath);
 

@@ -1,13 +1,14 @@
 #include "PackageSigner.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 
+#include "HostTools.h"
 #include "OpenSslHandles.h"
 #include "Public/Base/Signature.h"
+#include "TempDir.h"
 
 namespace fs = std::filesystem;
 
@@ -32,18 +33,6 @@ void save(const fs::path& path, const std::string& content) {
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
     if (!out.flush()) throw std::runtime_error("cannot write " + path.string());
 }
-
-/// A directory of its own for one run of the signing tool.
-struct Workplace {
-    fs::path path = fs::temp_directory_path() / ("orv-sign-" + uniqueName());
-    Workplace() { fs::create_directories(path); }
-    ~Workplace() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    Workplace(const Workplace&) = delete;
-    Workplace& operator=(const Workplace&) = delete;
-};
 
 std::string numberBytes(uint32_t value) {
     std::string bytes;
@@ -118,21 +107,25 @@ void makeCredentials(const fs::path& directory) {
 }  // namespace
 
 void signFile(const Credential& signer, const std::string& in, const std::string& out, const SignOptions& options) {
-    const Workplace work;
-    save(work.path / "certs.pem", signer.certificate);
-    save(work.path / "key.pem", signer.key);
-    auto quoted = [](const fs::path& path) { return "\"" + path.string() + "\""; };
-    const std::string command = "osslsigncode sign -certs " + quoted(work.path / "certs.pem") + " -key " +
-                                quoted(work.path / "key.pem") + " -h " + options.hash +
-                                (options.nested ? " -nest" : "") + " " + options.words + " -in " + quoted(in) +
-                                " -out " + quoted(work.path / "out.exe") + " > " + quoted(work.path / "log") + " 2>&1";
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("osslsigncode: " + load(work.path / "log"));
+    const TempDir directory;
+    const fs::path work = directory.path();
+    save(work / "certs.pem", signer.certificate);
+    save(work / "key.pem", signer.key);
+    const auto name = [](const fs::path& path) { return toolPath(path.string()); };
+    std::vector<std::string> words = {"osslsigncode",         "sign", "-certs",    name(work / "certs.pem"), "-key",
+                                      name(work / "key.pem"), "-h",   options.hash};
+    if (options.nested) words.emplace_back("-nest");
+    words.insert(words.end(), options.words.begin(), options.words.end());
+    for (const std::string& word : {std::string("-in"), name(in), std::string("-out"), name(work / "out.exe")})
+        words.push_back(word);
+    const auto result = runTool({.words = words});
+    if (result.code != 0) throw std::runtime_error("osslsigncode: " + result.output + result.errors);
     if (options.stamp) {
-        auto signatures = readSignatures((work.path / "out.exe").string());
+        auto signatures = readSignatures((work / "out.exe").string());
         signatures.at(0) = stamped(signatures.at(0), *options.stamp);
-        writeSignatures((work.path / "out.exe").string(), signatures);
+        writeSignatures((work / "out.exe").string(), signatures);
     }
-    save(out, load(work.path / "out.exe"));
+    save(out, load(work / "out.exe"));
 }
 
 uint32_t readNumber(const std::string& bytes, size_t at) {

@@ -23,7 +23,7 @@ struct SignOptions {
     std::string hash = "sha256";          ///< or another that the tool knows
     bool nested = false;                  ///< adds to the signature that the file has, instead of replacing it
     std::optional<TimeStamp> stamp = {};  ///< of the primary signature
-    std::string words = {};               ///< further words for the signing tool
+    std::vector<std::string> words = {};  ///< further words for the signing tool
 };
 
 /// Signs the program file `in` into `out`, which is replaced. Throws std::runtime_error with the tool's words.

@@ -113,13 +113,17 @@ std::string lzmaBomb(size_t mebibytes, const std::string& before) {
     if (!before.empty()) return makeLzmaBomb(mebibytes, before);
     // Packing takes a second, and every test is a process of its own.
     namespace fs = std::filesystem;
-    const fs::path cache = fs::path(ORV_BUILD_DIR) / "test-packages";
+    const fs::path cache = ORV_TEST_PACKAGES;
     const std::string cached = (cache / ("zeros-" + std::to_string(mebibytes) + ".lzma")).string();
     if (const auto stream = readText(cached)) return *stream;
     const std::string unfinished = cached + "-" + std::to_string(std::random_device()());
-    writeText(unfinished, makeLzmaBomb(mebibytes, {}));
-    fs::rename(unfinished, cached);
-    return *readText(cached);
+    const std::string made = makeLzmaBomb(mebibytes, {});
+    writeText(unfinished, made);
+    // Another process may have been faster, and be reading its own.
+    std::error_code lost;
+    fs::rename(unfinished, cached, lost);
+    if (lost) fs::remove(unfinished);
+    return made;
 }
 
 std::string bzip2Bomb(size_t blocks) {

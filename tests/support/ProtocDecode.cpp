@@ -1,9 +1,9 @@
 #include "ProtocDecode.h"
 
-#include <cstdlib>
 #include <stdexcept>
 
 #include "FileText.h"
+#include "HostTools.h"
 #include "TempDir.h"
 
 namespace support {
@@ -14,12 +14,12 @@ std::string run(const std::string& mode, const std::string& file, const std::str
                 const std::string& input) {
     const TempDir dir;
     writeText(dir.path() + "/in", input);
-    const std::string command = "protoc --" + mode + "=Tarnwick.Protocol." + message +
-                                " -I '" ORV_SOURCE_DIR "/Include/TWProtocol' " + file + " <'" + dir.path() + "/in' >'" +
-                                dir.path() + "/out' 2>'" + dir.path() + "/err'";
-    if (std::system(command.c_str()) != 0)
-        throw std::runtime_error("protoc: " + readText(dir.path() + "/err").value_or(""));
-    return readText(dir.path() + "/out").value_or("");
+    const std::string records = toolPath(ORV_SOURCE_DIR "/Include/TWProtocol");
+    const auto result =
+        runTool({.words = {"protoc", "--" + mode + "=Tarnwick.Protocol." + message, "-I", records, file},
+                 .input = dir.path() + "/in"});
+    if (result.code != 0) throw std::runtime_error("protoc: " + result.errors);
+    return result.output;
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <random>
 #include <stdexcept>
 
+#include "RemoveTree.h"
+
 namespace support {
 
 namespace fs = std::filesystem;
@@ -20,9 +22,6 @@ TempDir::TempDir(const std::string& parent) {
     throw std::runtime_error("no temporary directory to be had");
 }
 
-TempDir::~TempDir() {
-    std::error_code ignored;
-    fs::remove_all(mPath, ignored);
-}
+TempDir::~TempDir() { removeTree(mPath); }
 
 }  // namespace support

@@ -160,7 +160,7 @@ const SignatureRow sTables[] = {
          writeSignatures(test.signedFile(), {readSignatures(test.signedFile()).at(0) + "payload"});
      },
      Ours::Bad, "there is something hidden behind the signature", Tool::Accepts, "no digest covers the bytes"},
-    {"BlobInTheSignature", [](Test& test) { test.sign(SigningKit::Publisher, {.words = "-addUnauthenticatedBlob"}); },
+    {"BlobInTheSignature", [](Test& test) { test.sign(SigningKit::Publisher, {.words = {"-addUnauthenticatedBlob"}}); },
      Ours::Good, "", Tool::Accepts},
 };
 

@@ -229,10 +229,12 @@ const SignatureRow sAlgorithms[] = {
          test.signBy(spec);
      },
      Ours::Bad, sTooWeak, Tool::Accepts, "certificates of the same MD5 are made at will"},
-    {"PageHashes", [](Test& test) { test.sign(SigningKit::Publisher, {.words = "-ph"}); }, Ours::Good, "",
+    {"PageHashes", [](Test& test) { test.sign(SigningKit::Publisher, {.words = {"-ph"}}); }, Ours::Good, "",
      Tool::Accepts},
     {"Description",
-     [](Test& test) { test.sign(SigningKit::Publisher, {.words = "-comm -n Orv -i http://localhost/orv"}); },
+     [](Test& test) {
+         test.sign(SigningKit::Publisher, {.words = {"-comm", "-n", "Orv", "-i", "http://localhost/orv"}});
+     },
      Ours::Good, "", Tool::Accepts},
 };
 

@@ -1,0 +1,24 @@
+#include "HostTools.h"
+
+namespace support {
+namespace {
+
+std::string quoted(const std::string& word) {
+    std::string out = "'";
+    for (const char c : word) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
+}  // namespace
+
+std::string shellCommand(const ToolCall& call, const std::string& results) {
+    std::string command;
+    if (!call.directory.empty()) command = "cd " + quoted(toolPath(call.directory)) + " && ";
+    // The tools are to take names and texts as UTF-8, whatever the user speaks.
+    command += "LC_ALL=C.UTF-8";
+    for (const auto& word : call.words) command += " " + quoted(word);
+    command += " <" + (call.input.empty() ? "/dev/null" : quoted(toolPath(call.input)));
+    return command + " >" + quoted(toolPath(results + "/out")) + " 2>" + quoted(toolPath(results + "/err"));
+}
+
+}  // namespace support
