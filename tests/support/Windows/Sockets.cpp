@@ -102,7 +102,11 @@ bool sendAll(Socket socket, std::string_view bytes) {
     return true;
 }
 
-void shutDown(Socket socket) { ::shutdown(number(socket), SD_BOTH); }
+void shutDown(Socket socket) {
+    // No wait begins after the first call, and those that had begun end with the second.
+    ::shutdown(number(socket), SD_BOTH);
+    ::CancelIoEx(reinterpret_cast<HANDLE>(socket), nullptr);
+}
 
 void resetAtClose(Socket socket) {
     const linger abort{1, 0};
