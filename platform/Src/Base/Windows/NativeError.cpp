@@ -1,10 +1,12 @@
 #include "Base/NativeError.h"
 
 #include "Base/Windows/NativePath.h"
+#include "Base/Windows/ThreadLocals.h"
 
 namespace Public::Base {
 
 std::string nativeErrorText(int nativeError) {
+    keepThreadLocalsInOrder();  // the last error of each thread is such an object
     constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     wchar_t text[1024];
     DWORD length = ::FormatMessageW(kFlags, nullptr, static_cast<DWORD>(nativeError), 0, text,
