@@ -1,10 +1,10 @@
 #include "Allocations.h"
 
-#include <malloc.h>
-
 #include <atomic>
 #include <cstdlib>
 #include <new>
+
+#include "BlockSize.h"
 
 namespace {
 
@@ -13,7 +13,7 @@ std::atomic<size_t> sHeld{0}, sPeak{0};
 void* allocate(size_t size) {
     void* const block = std::malloc(size);
     if (!block) return nullptr;
-    const size_t held = sHeld += malloc_usable_size(block);
+    const size_t held = sHeld += support::sizeOfBlock(block);
     for (size_t peak = sPeak; held > peak && !sPeak.compare_exchange_weak(peak, held);) {
     }
     return block;
@@ -21,7 +21,7 @@ void* allocate(size_t size) {
 
 void release(void* block) {
     if (!block) return;
-    sHeld -= malloc_usable_size(block);
+    sHeld -= support::sizeOfBlock(block);
     std::free(block);
 }
 

@@ -1,20 +1,20 @@
 // Memory that grows while an item is decompressed into it.
 #pragma once
 
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <utility>
 
 #include "Bytes.h"
+#include "GrowingBlock.h"
 
 namespace Archive {
 
-/// Unlike a vector it neither clears what it reserves nor copies where the system can move pages.
+/// Unlike a vector it neither clears what it reserves nor holds it twice when it grows.
 class Buffer {
 public:
     Buffer() = default;
-    ~Buffer() { std::free(mData); }
+    ~Buffer() { freeBlock(mData, mCapacity); }
     Buffer(Buffer&& other) noexcept { swap(other); }
     Buffer& operator=(Buffer&& other) noexcept {
         Buffer taken(std::move(other));
@@ -32,9 +32,9 @@ public:
     /// Throws std::bad_alloc.
     void reserve(size_t capacity) {
         if (capacity <= mCapacity) return;
-        void* moved = std::realloc(mData, capacity);
-        if (moved == nullptr) throw std::bad_alloc();
-        mData = static_cast<unsigned char*>(moved);
+        unsigned char* const grown = growBlock(mData, mCapacity, capacity);
+        if (grown == nullptr) throw std::bad_alloc();
+        mData = grown;
         mCapacity = capacity;
     }
     /// Takes over bytes that were written behind the end, within the capacity.

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <atomic>
 
+#include "ImportHook.h"
+
 namespace {
 
 // Plain numbers without constructors: memory is allocated before any of those run.
@@ -50,6 +52,54 @@ void* counted(void* block) {
     if (block != nullptr) count(sizeOf(block));
     return block;
 }
+
+/// Bytes that are backed by memory in the range that was reserved together with this address.
+int64_t committedAround(void* address) {
+    MEMORY_BASIC_INFORMATION part{};
+    if (::VirtualQuery(address, &part, sizeof part) == 0 || part.State == MEM_FREE) return 0;
+    const void* const range = part.AllocationBase;
+    int64_t bytes = 0;
+    for (auto* at = static_cast<char*>(part.AllocationBase);
+         ::VirtualQuery(at, &part, sizeof part) != 0 && part.AllocationBase == range; at += part.RegionSize) {
+        if (part.State == MEM_COMMIT) bytes += static_cast<int64_t>(part.RegionSize);
+    }
+    return bytes;
+}
+
+decltype(&::VirtualAlloc) sVirtualAlloc = nullptr;
+decltype(&::VirtualFree) sVirtualFree = nullptr;
+
+LPVOID WINAPI countedVirtualAlloc(LPVOID address, SIZE_T size, DWORD kind, DWORD protection) {
+    const int64_t before = address != nullptr ? committedAround(address) : 0;
+    void* const given = sVirtualAlloc(address, size, kind, protection);
+    if (given != nullptr) count(committedAround(given) - before);
+    return given;
+}
+
+BOOL WINAPI countedVirtualFree(LPVOID address, SIZE_T size, DWORD kind) {
+    const int64_t before = committedAround(address);
+    const BOOL done = sVirtualFree(address, size, kind);
+    if (done) count((kind == MEM_RELEASE ? 0 : committedAround(address)) - before);
+    return done;
+}
+
+}  // namespace
+
+// Pages are asked for without the C library.
+extern "C" {
+extern decltype(&::VirtualAlloc) __imp_VirtualAlloc;
+extern decltype(&::VirtualFree) __imp_VirtualFree;
+}
+
+namespace {
+
+const bool sPagesCount = [] {
+    sVirtualAlloc = __imp_VirtualAlloc;
+    sVirtualFree = __imp_VirtualFree;
+    new support::ImportHook<decltype(&::VirtualAlloc)>(&__imp_VirtualAlloc, &countedVirtualAlloc);
+    new support::ImportHook<decltype(&::VirtualFree)>(&__imp_VirtualFree, &countedVirtualFree);
+    return true;
+}();
 
 }  // namespace
 

@@ -1,0 +1,5 @@
+#include "BlockSize.h"
+
+#include <malloc.h>
+
+size_t support::sizeOfBlock(void* block) { return ::_msize(block); }
