@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "Base/Windows/NativePath.h"
+#include "Base/Windows/RemoveName.h"
 #include "Base/Windows/Replacement.h"
 #include "Public/Base/File.h"
 
@@ -105,7 +106,7 @@ bool File::cut(const std::string& path, uint64_t length) {
 bool File::remove(const std::string& path) {
     std::wstring native;
     if (!toNativePath(path, native)) return false;
-    if (::DeleteFileW(native.c_str())) return true;
+    if (removeName(native)) return true;
     const DWORD refused = ::GetLastError();
     // Whether a file can be removed is the directory's matter; that it may not be written does not protect it.
     const DWORD attributes =
@@ -113,7 +114,7 @@ bool File::remove(const std::string& path) {
     const bool isProtected = attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY) &&
                              (attributes & FILE_ATTRIBUTE_READONLY);
     if (!isProtected || !::SetFileAttributesW(native.c_str(), FILE_ATTRIBUTE_NORMAL)) return failWith(refused);
-    if (::DeleteFileW(native.c_str())) return true;
+    if (removeName(native)) return true;
     const DWORD again = ::GetLastError();
     ::SetFileAttributesW(native.c_str(), attributes);
     return failWith(again);

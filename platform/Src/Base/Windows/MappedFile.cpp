@@ -1,3 +1,5 @@
+#include "Base/Windows/HeldFile.h"
+#include "Base/Windows/MappedNames.h"
 #include "Base/Windows/NativePath.h"
 #include "Public/Base/System.h"
 
@@ -9,8 +11,12 @@ MappedFile::Result MappedFile::open(const std::string& path) {
     close();
     std::wstring native;
     if (!toNativePath(path, native)) return Result::CannotOpen;
-    const OwnedHandle file(::CreateFileW(native.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                                         OPEN_EXISTING, 0, nullptr));
+    OwnedHandle file;
+    persist([&] {
+        constexpr DWORD kSharing = FILE_SHARE_READ | FILE_SHARE_DELETE;
+        file = OwnedHandle(::CreateFileW(native.c_str(), GENERIC_READ, kSharing, nullptr, OPEN_EXISTING, 0, nullptr));
+        return file.isOpen();
+    });
     if (!file.isOpen()) {
         failWithLastError();
         return Result::CannotOpen;
@@ -33,6 +39,7 @@ MappedFile::Result MappedFile::open(const std::string& path) {
     mSize = static_cast<size_t>(size.QuadPart);
     mVolume = status.dwVolumeSerialNumber;
     mNumber = joined(status.nFileIndexHigh, status.nFileIndexLow);
+    MappedNames::add(mVolume, mNumber);
     return Result::Mapped;
 }
 
@@ -53,7 +60,10 @@ void MappedFile::release(const unsigned char* begin, size_t length) const {
 }
 
 void MappedFile::close() {
-    if (mData != nullptr) ::UnmapViewOfFile(mData);
+    if (mData != nullptr) {
+        ::UnmapViewOfFile(mData);
+        MappedNames::drop(mVolume, mNumber);
+    }
     mData = nullptr;
     mSize = 0;
 }

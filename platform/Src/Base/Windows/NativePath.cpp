@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Base/Windows/HeldFile.h"
 #include "Public/Base/ErrorInfo.h"
 #include "Public/Base/StringEx.h"
 
@@ -66,8 +67,13 @@ std::string fromNative(const std::wstring& native) { return StringEx::wstring2st
 
 OwnedHandle openShared(const std::wstring& native, DWORD access, DWORD disposition, DWORD flags) {
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    return OwnedHandle(::CreateFileW(native.c_str(), access, kShareAll, nullptr, disposition,
-                                     FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr));
+    OwnedHandle opened;
+    persist([&] {
+        opened = OwnedHandle(::CreateFileW(native.c_str(), access, kShareAll, nullptr, disposition,
+                                           FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr));
+        return opened.isOpen();
+    });
+    return opened;
 }
 
 bool queryStatus(const std::wstring& native, BY_HANDLE_FILE_INFORMATION& status) {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Base/Windows/EntryStream.h"
+#include "Base/Windows/HeldFile.h"
 #include "Base/Windows/NativePath.h"
 #include "Public/Base/File.h"
 
@@ -16,11 +17,15 @@ struct Entry {
     bool isDirectory = false;
 };
 
+bool removeEmptyDirectory(const std::wstring& path) {
+    return persist([&] { return ::RemoveDirectoryW(path.c_str()) != 0; });
+}
+
 /// A file, or a link to whatever it may be; that it may not be written does not protect it.
 bool removeEntry(const std::wstring& path, DWORD attributes) {
     if (attributes & FILE_ATTRIBUTE_READONLY) ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     const bool isDirectory = attributes & FILE_ATTRIBUTE_DIRECTORY;
-    if (isDirectory ? ::RemoveDirectoryW(path.c_str()) : ::DeleteFileW(path.c_str())) return true;
+    if (isDirectory ? removeEmptyDirectory(path) : deleteFile(path)) return true;
     const DWORD refused = ::GetLastError();
     if (attributes & FILE_ATTRIBUTE_READONLY) ::SetFileAttributesW(path.c_str(), attributes);
     return failWith(refused);

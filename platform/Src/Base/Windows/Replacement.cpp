@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include "Base/Windows/HeldFile.h"
+
 namespace Public::Base {
 
 namespace {
@@ -34,19 +36,13 @@ bool finalPath(HANDLE file, std::wstring& path) {
     return true;
 }
 
-/// A system from before the extended rename, or a file system that does not know it.
-bool isUnknownCall(DWORD error) {
-    return error == ERROR_INVALID_PARAMETER || error == ERROR_NOT_SUPPORTED || error == ERROR_INVALID_FUNCTION ||
-           error == ERROR_CALL_NOT_IMPLEMENTED || error == ERROR_INVALID_LEVEL;
-}
-
 }  // namespace
 
 Replacement::~Replacement() {
     if (mTemporary.empty()) return;
     mFile.close();
     ::SetFileAttributesW(mTemporary.c_str(), FILE_ATTRIBUTE_NORMAL);  // one that is read-only cannot be removed
-    ::DeleteFileW(mTemporary.c_str());
+    deleteFile(mTemporary);
 }
 
 bool Replacement::find(const std::wstring& target) {
@@ -112,7 +108,9 @@ bool Replacement::putInPlace() {
     std::memcpy(room.data(), &flags, sizeof flags);  // where the older form has its one truth value
     rename->FileNameLength = static_cast<DWORD>(nameBytes);
     std::memcpy(rename->FileName, mTarget.data(), nameBytes);
-    if (::SetFileInformationByHandle(mFile.get(), kRenameInfoEx, rename, static_cast<DWORD>(room.size()))) return true;
+    const auto length = static_cast<DWORD>(room.size());
+    const auto attempt = [&] { return ::SetFileInformationByHandle(mFile.get(), kRenameInfoEx, rename, length) != 0; };
+    if (persist(attempt)) return true;
     return isUnknownCall(::GetLastError()) ? moveOver() : failWithLastError();
 }
 
@@ -120,7 +118,10 @@ bool Replacement::moveOver() {
     const bool isProtected = mReplaces && (mReplaced.dwFileAttributes & FILE_ATTRIBUTE_READONLY);
     if (isProtected) ::SetFileAttributesW(mTarget.c_str(), FILE_ATTRIBUTE_NORMAL);
     if (!mFile.close()) return failWithLastError();
-    if (::MoveFileExW(mTemporary.c_str(), mTarget.c_str(), MOVEFILE_REPLACE_EXISTING)) return true;
+    const auto attempt = [&] {
+        return ::MoveFileExW(mTemporary.c_str(), mTarget.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+    };
+    if (persist(attempt)) return true;
     const DWORD refused = ::GetLastError();
     if (isProtected) ::SetFileAttributesW(mTarget.c_str(), mReplaced.dwFileAttributes);
     return failWith(refused);

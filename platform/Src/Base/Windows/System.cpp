@@ -1,4 +1,6 @@
 #include "Base/NativeSystem.h"
+#include "Base/Windows/HeldFile.h"
+#include "Base/Windows/NameBeside.h"
 #include "Base/Windows/NativePath.h"
 #include "Public/Base/StringEx.h"
 
@@ -13,7 +15,18 @@ std::string nativeSystemDirectory() {
 bool System::copyFile(const std::string& from, const std::string& to) {
     std::wstring source, target;
     if (!toNativePath(from, source) || !toNativePath(to, target)) return false;
-    return ::CopyFileW(source.c_str(), target.c_str(), FALSE) || failWithLastError();
+    BY_HANDLE_FILE_INFORMATION one{}, other{};
+    if (queryStatus(source, one) && queryStatus(target, other) && isSameFile(one, other))
+        return failWith(ERROR_FILE_EXISTS);
+    // Beside the target first, for a copy that fails takes away what it was to replace.
+    const std::wstring beside = nameBeside(target, L".part");
+    if (!persist([&] { return ::CopyFileW(source.c_str(), beside.c_str(), TRUE) != 0; })) return failWithLastError();
+    const auto replace = [&] { return ::MoveFileExW(beside.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != 0; };
+    if (persist(replace)) return true;
+    const DWORD refused = ::GetLastError();
+    ::SetFileAttributesW(beside.c_str(), FILE_ATTRIBUTE_NORMAL);
+    deleteFile(beside);
+    return failWith(refused);
 }
 
 bool System::isVersionOrLater(unsigned major, unsigned minor, unsigned servicePack) {
