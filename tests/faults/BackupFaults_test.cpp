@@ -70,7 +70,7 @@ public:
         ErrorInfo first;
         mRestored.clear();
         const ErrorInfo walk = backup().restore(at("app"), [&](const std::string& name, const ErrorInfo& result) {
-            if (!result) mRestored.insert(name.substr(1));
+            if (!result) mRestored.insert(std::filesystem::path(name.substr(1)).generic_string());
             if (result && !first) first = result;
         });
         EXPECT_EQ(walk.errorCode(), 0);

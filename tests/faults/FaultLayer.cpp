@@ -1,11 +1,9 @@
 #include "FaultLayer.h"
 
-#include <fcntl.h>
-
+#include <algorithm>
 #include <atomic>
-#include <cerrno>
-#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 
@@ -15,19 +13,25 @@ namespace faults {
 
 namespace {
 
-constexpr int kMostDescriptors = 4096;
+// No memory is asked for in here: the calls come from everywhere.
+constexpr size_t kMostFollowed = 1024;
+constexpr size_t kLongestPath = 4096;
 
 std::atomic<bool> sArmed{false};
-std::atomic<bool> sFollowed[kMostDescriptors];  // by descriptor
+
+std::mutex sFollowedMutex;  // guards these two
+Handle sFollowed[kMostFollowed];
+size_t sFollowedCount = 0;
 
 std::mutex sMutex;  // guards what follows
-char sDirectory[PATH_MAX];
+char sDirectory[kLongestPath];
 size_t sDirectoryLength = 0;
 Kind sKind = Kind::InputOutputError;
 size_t sAt = 0;
 size_t sCount = 0;
 bool sStruck = false;
-char sWhere[PATH_MAX + 64];
+bool sOpened = false;
+char sWhere[kLongestPath + 64];
 std::function<void()>* sAction = nullptr;
 
 thread_local bool tInside = false;  // operations of the layer's own, or of an action
@@ -64,11 +68,6 @@ bool opens(Call call) {
     return call == Call::Open || call == Call::Create || call == Call::OpenDirectory || call == Call::Socket;
 }
 
-bool waits(Call call) {
-    return opens(call) ? call == Call::Open || call == Call::Create
-                       : movesBytes(call) || call == Call::Sync || call == Call::Close || call == Call::Poll;
-}
-
 bool applies(Kind kind, Call call) {
     switch (kind) {
         case Kind::InputOutputError:
@@ -83,36 +82,13 @@ bool applies(Kind kind, Call call) {
         case Kind::OutOfMemory:
             return opens(call) || call == Call::Map || call == Call::Poll || call == Call::SocketOption;
         case Kind::Interrupted:
-            return waits(call);
+            return canBeInterrupted(call);
         case Kind::ShortTransfer:
             return movesBytes(call);
         case Kind::ConnectionReset:
             return call == Call::Connect || call == Call::Send || call == Call::Receive;
     }
     return false;
-}
-
-int errorOf(Kind kind) {
-    switch (kind) {
-        case Kind::InputOutputError:
-            return EIO;
-        case Kind::DiskFull:
-        case Kind::DiskStaysFull:
-            return ENOSPC;
-        case Kind::NoRight:
-            return EACCES;
-        case Kind::TooManyOpen:
-            return EMFILE;
-        case Kind::OutOfMemory:
-            return ENOMEM;
-        case Kind::Interrupted:
-            return EINTR;
-        case Kind::ConnectionReset:
-            return ECONNRESET;
-        case Kind::ShortTransfer:
-            break;
-    }
-    return 0;
 }
 
 /// Counts one operation and judges it.
@@ -123,8 +99,9 @@ Verdict judge(Call call, const char* name, const char* what) {
     ++sCount;
     const bool repeats = sKind == Kind::DiskStaysFull && sAction == nullptr;
     if (sCount != sAt && !(repeats && sCount > sAt)) return {};
-    if (sStruck) return {errorOf(sKind), false};
+    if (sStruck) return {errorOf(sKind, call), false};
     sStruck = true;
+    sOpened = call == Call::Open || call == Call::Create;
     std::snprintf(sWhere, sizeof sWhere, "%s %s", name, what);
     if (sAction != nullptr) {
         const auto action = *sAction;
@@ -136,13 +113,12 @@ Verdict judge(Call call, const char* name, const char* what) {
     }
     if (sKind == Kind::ShortTransfer) return {0, true};
     if (sKind == Kind::DiskStaysFull && call == Call::Write) return {0, true};
-    return {errorOf(sKind), false};
+    return {errorOf(sKind, call), false};
 }
 
-bool liesBelow(const char* path) {
+bool isCounted(const char* path) {
     std::lock_guard lock(sMutex);
-    return std::strncmp(path, sDirectory, sDirectoryLength) == 0 &&
-           (path[sDirectoryLength] == '/' || path[sDirectoryLength] == '\0');
+    return liesBelow(path, sDirectory, sDirectoryLength);
 }
 
 void arm(const std::string& directory, Kind kind, size_t at, std::function<void()>* action) {
@@ -153,6 +129,7 @@ void arm(const std::string& directory, Kind kind, size_t at, std::function<void(
     sAt = at;
     sCount = 0;
     sStruck = false;
+    sOpened = false;
     sWhere[0] = '\0';
     sAction = action;
     sArmed = true;
@@ -199,7 +176,8 @@ Armed::~Armed() {
     sArmed = false;
     delete sAction;
     sAction = nullptr;
-    for (auto& followed : sFollowed) followed = false;
+    std::lock_guard followed(sFollowedMutex);
+    sFollowedCount = 0;
 }
 
 bool Armed::struck() const {
@@ -212,21 +190,21 @@ std::string Armed::where() const {
     return sWhere;
 }
 
+bool Armed::wasOpening() const {
+    std::lock_guard lock(sMutex);
+    return sOpened;
+}
+
 Verdict judgePath(Call call, const char* name, const char* path) {
-    if (isInside() || path == nullptr || !liesBelow(path)) return {};
+    if (isInside() || path == nullptr || !isCounted(path)) return {};
     return judge(call, name, path);
 }
 
-Verdict judgeAt(Call call, const char* name, int directory, const char* path) {
-    if (isInside() || path == nullptr) return {};
-    if (directory == AT_FDCWD || path[0] == '/') return judgePath(call, name, path);
-    return isFollowed(directory) ? judge(call, name, path) : Verdict();
-}
-
-Verdict judgeDescriptor(Call call, const char* name, int descriptor) {
-    if (isInside() || !isFollowed(descriptor)) return {};
+Verdict judgeHandle(Call call, const char* name, Handle handle, const char* what) {
+    if (isInside() || !isFollowed(handle)) return {};
+    if (what != nullptr) return judge(call, name, what);
     char text[32];
-    std::snprintf(text, sizeof text, "(descriptor %d)", descriptor);
+    std::snprintf(text, sizeof text, "(handle %lld)", static_cast<long long>(handle));
     return judge(call, name, text);
 }
 
@@ -235,29 +213,28 @@ Verdict judgeSocket(const char* name) {
     return judge(Call::Socket, name, "");
 }
 
-bool isFollowed(int descriptor) { return descriptor >= 0 && descriptor < kMostDescriptors && sFollowed[descriptor]; }
-
-void followPath(int descriptor, const char* path) {
-    if (isInside() || descriptor < 0 || descriptor >= kMostDescriptors) return;
-    sFollowed[descriptor] = liesBelow(path);
+bool isFollowed(Handle handle) {
+    std::lock_guard lock(sFollowedMutex);
+    return std::find(sFollowed, sFollowed + sFollowedCount, handle) != sFollowed + sFollowedCount;
 }
 
-void followAt(int descriptor, int directory, const char* path) {
-    if (isInside() || descriptor < 0 || descriptor >= kMostDescriptors) return;
-    if (directory == AT_FDCWD || path[0] == '/') {
-        followPath(descriptor, path);
-    } else {
-        sFollowed[descriptor] = isFollowed(directory);
+void forget(Handle handle) {
+    if (!sArmed) return;  // nothing is followed then
+    std::lock_guard lock(sFollowedMutex);
+    sFollowedCount = static_cast<size_t>(std::remove(sFollowed, sFollowed + sFollowedCount, handle) - sFollowed);
+}
+
+void follow(Handle handle, bool followed) {
+    forget(handle);
+    if (isInside() || !followed) return;
+    std::lock_guard lock(sFollowedMutex);
+    if (sFollowedCount == kMostFollowed) {
+        std::fputs("more is open than the layer can follow\n", stderr);
+        std::abort();
     }
+    sFollowed[sFollowedCount++] = handle;
 }
 
-void followSocket(int descriptor) {
-    if (isInside() || descriptor < 0 || descriptor >= kMostDescriptors) return;
-    sFollowed[descriptor] = true;
-}
-
-void forget(int descriptor) {
-    if (descriptor >= 0 && descriptor < kMostDescriptors) sFollowed[descriptor] = false;
-}
+void followPath(Handle handle, const char* path) { follow(handle, !isInside() && isCounted(path)); }
 
 }  // namespace faults

@@ -7,7 +7,7 @@
 
 namespace faults {
 
-/// What goes wrong. Each kind strikes only operations that can fail so.
+/// What goes wrong. Each kind strikes only operations that can fail so. On Windows its error of the same meaning.
 enum class Kind {
     InputOutputError,  // EIO
     DiskFull,          // ENOSPC, once
@@ -15,7 +15,7 @@ enum class Kind {
     NoRight,           // EACCES
     TooManyOpen,       // EMFILE
     OutOfMemory,       // ENOMEM
-    Interrupted,       // EINTR: to be retried
+    Interrupted,       // EINTR, or a file that another program holds for a moment: to be retried
     ShortTransfer,     // half of the bytes: to be continued
     ConnectionReset,   // ECONNRESET
 };
@@ -25,7 +25,7 @@ const char* nameOf(Kind kind);
 /// True for a kind that a caller must not notice.
 bool isHarmless(Kind kind);
 
-/// While it lives, operations on what lies below the directory, on descriptors opened there, and on sockets made
+/// While it lives, operations on what lies below the directory, on what is opened there, and on sockets made
 /// meanwhile are counted, on every thread; the given one fails. One at a time. What is opened by the C library itself,
 /// such as a stream of fopen, is not seen.
 class Armed {
@@ -40,7 +40,9 @@ public:
 
     /// True once the operation was reached.
     bool struck() const;
-    /// The operation and its path or descriptor; empty before it was reached.
+    /// True once it was, and was the opening of a file.
+    bool wasOpening() const;
+    /// The operation and its path or handle; empty before it was reached.
     std::string where() const;
 };
 

@@ -1,11 +1,11 @@
 #include "FaultTest.h"
 
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "FileText.h"
+#include "Held.h"
 #include "Watchdog.h"
 
 namespace faults {
@@ -15,25 +15,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr size_t kMostOperations = 5000;  // far more than any attempt has
-
-/// What the open descriptors of this process lead to.
-std::multiset<std::string> openDescriptors() {
-    std::multiset<std::string> open;
-    for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
-        std::error_code gone;  // the listing's own is closed by now
-        const fs::path target = fs::read_symlink(entry.path(), gone);
-        if (!gone && !target.string().ends_with("/fd")) open.insert(target.string());
-    }
-    return open;
-}
-
-bool isMapped(const std::string& directory) {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        if (line.find(directory + "/") != std::string::npos) return true;
-    }
-    return false;
-}
 
 }  // namespace
 
@@ -81,24 +62,6 @@ void expectOldOrNew(const Tree& before, const Tree& now, const Tree& after) {
     }
 }
 
-int codeOf(Kind kind) {
-    switch (kind) {
-        case Kind::InputOutputError:
-            return -(10000 + EIO);
-        case Kind::DiskFull:
-        case Kind::DiskStaysFull:
-            return -(10000 + ENOSPC);
-        case Kind::NoRight:
-            return -(10000 + EACCES);
-        case Kind::TooManyOpen:
-            return -(10000 + EMFILE);
-        case Kind::OutOfMemory:
-            return -(10000 + ENOMEM);
-        default:
-            return 0;
-    }
-}
-
 void FaultTest::exhaust(const std::function<std::unique_ptr<Attempt>()>& make) {
     repeat(make);
     if (HasFatalFailure()) return;
@@ -128,7 +91,7 @@ void FaultTest::repeat(const std::function<std::unique_ptr<Attempt>()>& make) {
 }
 
 void FaultTest::attempt(Attempt& attempt, size_t number, bool& struck) {
-    const auto before = openDescriptors();
+    const auto before = openHere();
     std::string where;
     ErrorInfo result;
     {
@@ -143,8 +106,8 @@ void FaultTest::attempt(Attempt& attempt, size_t number, bool& struck) {
     SCOPED_TRACE("fault " + std::to_string(number) + " at " + where + ", result " +
                  std::to_string(static_cast<int>(result.errorCode())) + " " + result.errorMessage());
     attempt.settle(result);
-    EXPECT_EQ(openDescriptors(), before);
-    EXPECT_FALSE(isMapped(attempt.root()));
+    EXPECT_EQ(openHere(), before);
+    EXPECT_FALSE(isMappedBelow(attempt.root()));
     if (!struck || isHarmless(GetParam())) {
         EXPECT_EQ(result.errorCode(), 0);
     }

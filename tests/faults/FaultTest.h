@@ -71,9 +71,6 @@ private:
 /// What the fault must have left: each file as it was or as it was to be, no other file.
 void expectOldOrNew(const Tree& before, const Tree& now, const Tree& after);
 
-/// The system's failure of the kind, as the foundation reports it.
-int codeOf(Kind kind);
-
 inline std::string titleOf(const testing::TestParamInfo<Kind>& info) { return nameOf(info.param); }
 
 /// The kinds that strike files, and those that strike reading alone.

@@ -1,9 +1,5 @@
 // Files by path: saved, copied, loaded, removed.
-#include <sys/stat.h>
-
-#include "FaultTest.h"
-#include "FileText.h"
-#include "Public/Base/File.h"
+#include "FileFaults.h"
 
 using namespace faults;
 using Public::Base::File;
@@ -13,52 +9,9 @@ using support::writeText;
 
 namespace {
 
-const std::string kOld(5000, 'o');
-const std::string kNew(300000, 'n');
-
-ErrorInfo resultOf(bool done) { return done ? ErrorInfo() : ErrorInfo::getLastError(); }
-
-/// An operation on one file that is done wholly or not at all.
-class OneFile : public Attempt {
-public:
-    void prepare() override {
-        writeText(at("source"), kNew);
-        std::filesystem::create_directory(at("d"));
-        putOld();
-        mBefore = treeOf(root());
-    }
-    virtual void putOld() { writeText(at("d/file"), kOld); }
-    void check(const ErrorInfo& result) override {
-        if (!result) return;
-        EXPECT_TRUE(equal(treeOf(root()), mBefore));
-        EXPECT_LE(result.errorCode(), -10000);
-    }
-    void checkReached() override { EXPECT_TRUE(equal(treeOf(root()), (Tree{{"source", kNew}, {"d/file", kNew}}))); }
-
-protected:
-    Tree mBefore;
-};
-
-class Save : public OneFile {
-public:
-    ErrorInfo run() override { return resultOf(File::save(at("d/file"), SharedBuffer(kNew))); }
-};
-
 class SaveAnew : public Save {
 public:
     void putOld() override {}
-};
-
-class SaveThroughALink : public Save {
-public:
-    void putOld() override {
-        writeText(at("d/file"), kOld);
-        std::filesystem::create_symlink("d/file", at("link"));
-    }
-    ErrorInfo run() override { return resultOf(File::save(at("link"), SharedBuffer(kNew))); }
-    void checkReached() override {
-        EXPECT_TRUE(equal(treeOf(root()), (Tree{{"source", kNew}, {"d/file", kNew}, {"link", "-> d/file"}})));
-    }
 };
 
 class Copy : public OneFile {
@@ -128,7 +81,6 @@ const std::vector<Kind> kMaking = {Kind::InputOutputError, Kind::DiskFull, Kind:
 const std::vector<Kind> kRemoving = {Kind::InputOutputError, Kind::NoRight, Kind::TooManyOpen, Kind::OutOfMemory,
                                      Kind::Interrupted};
 
-class FileSave : public FaultTest {};
 class FileCopy : public FaultTest {};
 class FileLoad : public FaultTest {};
 class FileMakeDirectory : public FaultTest {};
@@ -141,9 +93,6 @@ TEST_P(FileSave, KeepsTheOldFileOrHasTheNewOne) {
 }
 TEST_P(FileSave, LeavesNothingWhereNothingWas) {
     exhaust([] { return std::make_unique<SaveAnew>(); });
-}
-TEST_P(FileSave, ThroughALinkKeepsTheLink) {
-    exhaust([] { return std::make_unique<SaveThroughALink>(); });
 }
 INSTANTIATE_TEST_SUITE_P(Faults, FileSave, testing::ValuesIn(kWriting), titleOf);
 

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace faults {
+
+enum class Kind;
 
 enum class Call {
     Open,
@@ -36,23 +39,35 @@ struct Verdict {
     bool half = false;  // move but half of the bytes
 };
 
-/// @param name of the call   @param path that it is about; null leaves it uncounted
+/// A descriptor, or what the system has in its place.
+using Handle = std::intptr_t;
+
+/// @param name of the call   @param path that it is about, with "/"; null leaves it uncounted
 Verdict judgePath(Call call, const char* name, const char* path);
-/// The same for a path that may be relative to an open directory.
-Verdict judgeAt(Call call, const char* name, int directory, const char* path);
-Verdict judgeDescriptor(Call call, const char* name, int descriptor);
+/// @param what the call is about, where that is not the file of the handle itself
+Verdict judgeHandle(Call call, const char* name, Handle handle, const char* what = nullptr);
 Verdict judgeSocket(const char* name);
 
-/// True for a descriptor that is counted.
-bool isFollowed(int descriptor);
-void followPath(int descriptor, const char* path);
-void followAt(int descriptor, int directory, const char* path);
-void followSocket(int descriptor);
-void forget(int descriptor);
+/// True for a handle that is counted.
+bool isFollowed(Handle handle);
+/// From now on it is, or is not.
+void follow(Handle handle, bool followed);
+/// It is when the path lies in the directory.
+void followPath(Handle handle, const char* path);
+void forget(Handle handle);
 
 /// How much of a transfer is let through.
 inline size_t allowed(const Verdict& verdict, size_t length) {
     return verdict.half && length > 1 ? length / 2 : length;
 }
+
+// What the systems differ in.
+
+/// The system's number for what goes wrong.
+int errorOf(Kind kind, Call call);
+/// True when what holds the call up may be gone at the next try.
+bool canBeInterrupted(Call call);
+/// True when a call about the path is one about the directory or what lies below it.
+bool liesBelow(const char* path, const char* directory, size_t directoryLength);
 
 }  // namespace faults

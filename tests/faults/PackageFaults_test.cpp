@@ -125,7 +125,7 @@ public:
         EXPECT_EQ(OrvVersion::parseVersionFromCache(nullptr, root(), versions, nullptr).errorCode(), 0);
         for (const auto& version : versions) {
             mFound.insert(version->getVersion().toString());
-            EXPECT_EQ(version->getPackageFile(), packageOf(version->getVersion().toString()));
+            EXPECT_EQ(std::filesystem::path(version->getPackageFile()), packageOf(version->getVersion().toString()));
         }
         return mFound.size() == kSound.size() ? ErrorInfo() : ErrorInfo(-1, "not all were found");
     }

@@ -1,5 +1,6 @@
 #include "OpenFiles.h"
 
+#include "OwnHandles.h"
 #include "WideText.h"
 
 namespace support {
@@ -18,35 +19,20 @@ bool sameFile(const std::wstring& a, const std::wstring& b) {
            CSTR_EQUAL;
 }
 
-/// Calls `look` with every handle of this process: they are small numbers, four apart, and lie close together.
-template <typename Look>
-void forEachHandle(const Look& look) {
-    constexpr unsigned kGap = 1024;
-    unsigned missing = 0;
-    for (uintptr_t number = 4; missing < kGap; number += 4) {
-        const auto handle = reinterpret_cast<HANDLE>(number);
-        DWORD flags = 0;
-        if (::GetHandleInformation(handle, &flags) == 0) {
-            ++missing;
-            continue;
-        }
-        missing = 0;
-        look(handle);
-    }
-}
-
 }  // namespace
 
 size_t timesOpenHere(const std::string& path) {
     const std::wstring name = longPath(path);
     size_t times = 0;
-    forEachHandle([&](HANDLE handle) { times += sameFile(nameOf(handle), name) ? 1 : 0; });
+    for (const HANDLE handle : ownHandles()) times += sameFile(nameOf(handle), name) ? 1 : 0;
     return times;
 }
 
 size_t countOpenHere() {
     size_t count = 0;
-    forEachHandle([&](HANDLE) { ++count; });
+    for (const HANDLE handle : ownHandles()) {
+        if (::GetFileType(handle) == FILE_TYPE_DISK || isSocket(handle)) ++count;
+    }
     return count;
 }
 

@@ -40,6 +40,20 @@ mode_t modeOf(int flags, va_list& more) {
     return (flags & (O_CREAT | O_TMPFILE)) != 0 ? static_cast<mode_t>(va_arg(more, int)) : 0;
 }
 
+Verdict judgeAt(Call call, const char* name, int directory, const char* path) {
+    if (path == nullptr) return {};
+    if (directory == AT_FDCWD || path[0] == '/') return judgePath(call, name, path);
+    return judgeHandle(call, name, directory, path);
+}
+
+void followAt(int descriptor, int directory, const char* path) {
+    if (directory == AT_FDCWD || path[0] == '/') {
+        followPath(descriptor, path);
+    } else {
+        follow(descriptor, isFollowed(directory));
+    }
+}
+
 Call openCall(int flags) { return (flags & O_CREAT) != 0 ? Call::Create : Call::Open; }
 
 using OpenFunction = int(const char*, int, ...);
@@ -98,7 +112,7 @@ int openat64(int directory, const char* path, int flags, ...) {
 }
 
 int close(int descriptor) {
-    const Verdict verdict = judgeDescriptor(Call::Close, "close", descriptor);
+    const Verdict verdict = judgeHandle(Call::Close, "close", descriptor);
     forget(descriptor);
     const int result = ORV_NEXT(close)(descriptor);
     // The system closes what it complains of.
@@ -106,31 +120,31 @@ int close(int descriptor) {
 }
 
 ssize_t read(int descriptor, void* data, size_t length) {
-    const Verdict verdict = judgeDescriptor(Call::Read, "read", descriptor);
+    const Verdict verdict = judgeHandle(Call::Read, "read", descriptor);
     if (verdict.error) return failed<ssize_t>(verdict.error);
     return ORV_NEXT(read)(descriptor, data, allowed(verdict, length));
 }
 
 ssize_t pread(int descriptor, void* data, size_t length, off_t at) {
-    const Verdict verdict = judgeDescriptor(Call::Read, "pread", descriptor);
+    const Verdict verdict = judgeHandle(Call::Read, "pread", descriptor);
     if (verdict.error) return failed<ssize_t>(verdict.error);
     return ORV_NEXT(pread)(descriptor, data, allowed(verdict, length), at);
 }
 
 ssize_t write(int descriptor, const void* data, size_t length) {
-    const Verdict verdict = judgeDescriptor(Call::Write, "write", descriptor);
+    const Verdict verdict = judgeHandle(Call::Write, "write", descriptor);
     if (verdict.error) return failed<ssize_t>(verdict.error);
     return ORV_NEXT(write)(descriptor, data, allowed(verdict, length));
 }
 
 ssize_t pwrite(int descriptor, const void* data, size_t length, off_t at) {
-    const Verdict verdict = judgeDescriptor(Call::Write, "pwrite", descriptor);
+    const Verdict verdict = judgeHandle(Call::Write, "pwrite", descriptor);
     if (verdict.error) return failed<ssize_t>(verdict.error);
     return ORV_NEXT(pwrite)(descriptor, data, allowed(verdict, length), at);
 }
 
 ssize_t copy_file_range(int from, off64_t* fromAt, int to, off64_t* toAt, size_t length, unsigned flags) {
-    const Verdict verdict = judgeDescriptor(Call::Write, "copy_file_range", to);
+    const Verdict verdict = judgeHandle(Call::Write, "copy_file_range", to);
     if (verdict.error) return failed<ssize_t>(verdict.error);
     // Less than half of what is asked for, which may be far more than there is.
     const size_t most = verdict.half ? 7 : length;
@@ -138,22 +152,22 @@ ssize_t copy_file_range(int from, off64_t* fromAt, int to, off64_t* toAt, size_t
 }
 
 int fsync(int descriptor) {
-    const Verdict verdict = judgeDescriptor(Call::Sync, "fsync", descriptor);
+    const Verdict verdict = judgeHandle(Call::Sync, "fsync", descriptor);
     return verdict.error ? failed<int>(verdict.error) : ORV_NEXT(fsync)(descriptor);
 }
 
 int fdatasync(int descriptor) {
-    const Verdict verdict = judgeDescriptor(Call::Sync, "fdatasync", descriptor);
+    const Verdict verdict = judgeHandle(Call::Sync, "fdatasync", descriptor);
     return verdict.error ? failed<int>(verdict.error) : ORV_NEXT(fdatasync)(descriptor);
 }
 
 int ftruncate(int descriptor, off_t length) noexcept {
-    const Verdict verdict = judgeDescriptor(Call::Truncate, "ftruncate", descriptor);
+    const Verdict verdict = judgeHandle(Call::Truncate, "ftruncate", descriptor);
     return verdict.error ? failed<int>(verdict.error) : ORV_NEXT(ftruncate)(descriptor, length);
 }
 
 off_t lseek(int descriptor, off_t distance, int whence) noexcept {
-    const Verdict verdict = judgeDescriptor(Call::Seek, "lseek", descriptor);
+    const Verdict verdict = judgeHandle(Call::Seek, "lseek", descriptor);
     return verdict.error ? failed<off_t>(verdict.error) : ORV_NEXT(lseek)(descriptor, distance, whence);
 }
 
@@ -194,7 +208,7 @@ DIR* opendir(const char* path) {
 }
 
 DIR* fdopendir(int descriptor) {
-    const Verdict verdict = judgeDescriptor(Call::OpenDirectory, "fdopendir", descriptor);
+    const Verdict verdict = judgeHandle(Call::OpenDirectory, "fdopendir", descriptor);
     if (verdict.error) {
         errno = verdict.error;
         return nullptr;
@@ -203,7 +217,7 @@ DIR* fdopendir(int descriptor) {
 }
 
 struct dirent* readdir(DIR* directory) {
-    const Verdict verdict = judgeDescriptor(Call::ReadDirectory, "readdir", ::dirfd(directory));
+    const Verdict verdict = judgeHandle(Call::ReadDirectory, "readdir", ::dirfd(directory));
     if (verdict.error) {
         errno = verdict.error;
         return nullptr;
@@ -227,7 +241,7 @@ int lstat(const char* path, struct stat* status) noexcept {
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {
-    const Verdict verdict = judgeDescriptor(Call::Look, "fstat", descriptor);
+    const Verdict verdict = judgeHandle(Call::Look, "fstat", descriptor);
     return verdict.error ? failed<int>(verdict.error) : ORV_NEXT(fstat)(descriptor, status);
 }
 
@@ -261,12 +275,12 @@ char* realpath(const char* path, char* resolved) noexcept {
 }
 
 int fchmod(int descriptor, mode_t mode) noexcept {
-    const Verdict verdict = judgeDescriptor(Call::ChangeMode, "fchmod", descriptor);
+    const Verdict verdict = judgeHandle(Call::ChangeMode, "fchmod", descriptor);
     return verdict.error ? failed<int>(verdict.error) : ORV_NEXT(fchmod)(descriptor, mode);
 }
 
 void* mmap(void* address, size_t length, int protection, int flags, int descriptor, off_t at) noexcept {
-    const Verdict verdict = judgeDescriptor(Call::Map, "mmap", descriptor);
+    const Verdict verdict = judgeHandle(Call::Map, "mmap", descriptor);
     if (verdict.error) {
         errno = verdict.error;
         return MAP_FAILED;
@@ -278,12 +292,12 @@ int socket(int domain, int type, int protocol) noexcept {
     const Verdict verdict = judgeSocket("socket");
     if (verdict.error) return failed<int>(verdict.error);
     const int descriptor = ORV_NEXT(socket)(domain, type, protocol);
-    if (descriptor >= 0) followSocket(descriptor);
+    if (descriptor >= 0) follow(descriptor, true);
     return descriptor;
 }
 
 int connect(int descriptor, const struct sockaddr* address, socklen_t length) {
-    const Verdict verdict = judgeDescriptor(Call::Connect, "connect", descriptor);
+    const Verdict verdict = judgeHandle(Call::Connect, "connect", descriptor);
     return verdict.error ? failed<int>(verdict.error) : ORV_NEXT(connect)(descriptor, address, length);
 }
 
@@ -300,13 +314,13 @@ int accept4(int listener, struct sockaddr* address, socklen_t* length, int flags
 }
 
 ssize_t send(int descriptor, const void* data, size_t length, int flags) {
-    const Verdict verdict = judgeDescriptor(Call::Send, "send", descriptor);
+    const Verdict verdict = judgeHandle(Call::Send, "send", descriptor);
     if (verdict.error) return failed<ssize_t>(verdict.error);
     return ORV_NEXT(send)(descriptor, data, allowed(verdict, length), flags);
 }
 
 ssize_t recv(int descriptor, void* data, size_t length, int flags) {
-    const Verdict verdict = judgeDescriptor(Call::Receive, "recv", descriptor);
+    const Verdict verdict = judgeHandle(Call::Receive, "recv", descriptor);
     if (verdict.error) return failed<ssize_t>(verdict.error);
     return ORV_NEXT(recv)(descriptor, data, verdict.half ? allowed(verdict, length < 14 ? length : 14) : length, flags);
 }
@@ -314,7 +328,7 @@ ssize_t recv(int descriptor, void* data, size_t length, int flags) {
 int poll(struct pollfd* descriptors, nfds_t count, int patience) {
     for (nfds_t i = 0; i < count; ++i) {
         if (!isFollowed(descriptors[i].fd)) continue;
-        const Verdict verdict = judgeDescriptor(Call::Poll, "poll", descriptors[i].fd);
+        const Verdict verdict = judgeHandle(Call::Poll, "poll", descriptors[i].fd);
         if (verdict.error) return failed<int>(verdict.error);
         break;
     }
@@ -322,7 +336,7 @@ int poll(struct pollfd* descriptors, nfds_t count, int patience) {
 }
 
 int getsockopt(int descriptor, int level, int option, void* value, socklen_t* length) noexcept {
-    const Verdict verdict = judgeDescriptor(Call::SocketOption, "getsockopt", descriptor);
+    const Verdict verdict = judgeHandle(Call::SocketOption, "getsockopt", descriptor);
     return verdict.error ? failed<int>(verdict.error) : ORV_NEXT(getsockopt)(descriptor, level, option, value, length);
 }
 

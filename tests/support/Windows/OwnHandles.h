@@ -1,0 +1,15 @@
+// What this process has open, as the system lists it.
+#pragma once
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+#include <vector>
+
+namespace support {
+
+std::vector<HANDLE> ownHandles();
+bool isSocket(HANDLE handle);
+
+}  // namespace support
