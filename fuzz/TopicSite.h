@@ -1,8 +1,6 @@
 // A node with its message service, for the targets that feed the topics of the update engine.
 #pragma once
 
-#include <unistd.h>
-
 #include <atomic>
 #include <charconv>
 #include <cstdint>
@@ -18,6 +16,7 @@
 #include "ManualClock.h"
 #include "OrvVersion.h"
 #include "Public/Base/File.h"
+#include "Public/Base/Guid.h"
 #include "Public/Base/Printer.h"
 #include "Public/Base/System.h"
 #include "Require.h"
@@ -63,11 +62,11 @@ private:
     TopicSite() {
         namespace base = Public::Base;
         base::setLogSink([](const base::LogEntry&) {});
-        mRoot = std::filesystem::temp_directory_path() / ("orv-topics-" + std::to_string(::getpid()));
-        mStore = (mRoot / "a/b/c/d/store").string();
-        base::System::setSystemDirectory((mRoot / "system").string());
+        mRoot = std::filesystem::temp_directory_path() / ("orv-topics-" + base::Guid::createGuid().getStringStream());
+        mStore = (mRoot / "a/b/c/d/store").generic_string();
+        base::System::setSystemDirectory((mRoot / "system").generic_string());
         base::System::setProgramStarter([](const base::ProgramStart&) { return false; });
-        base::File::setExcutableFileFullPath((mRoot / "program").string());
+        base::File::setExcutableFileFullPath((mRoot / "program").generic_string());
         fillStore();
         Tarnwick::MQ::Bus::Endpoint endpoint;
         endpoint.onFrame = [this](const std::string&, const std::string& bytes) {
@@ -163,7 +162,7 @@ private:
     std::set<std::string> files() const {
         std::set<std::string> names;
         for (const auto& file : std::filesystem::recursive_directory_iterator(mRoot)) {
-            if (!file.is_directory()) names.insert(file.path().string());
+            if (!file.is_directory()) names.insert(file.path().generic_string());
         }
         return names;
     }

@@ -4,10 +4,6 @@
 // The first byte of an input chooses the request and how the server ends (Plan); the rest is what the server sends, cut
 // into pieces at each byte 0x1E. A piece is sent when the client has read the one before.
 #include <curl/curl.h>
-#include <fcntl.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
@@ -21,11 +17,9 @@
 #include "Network/Exchange.h"
 #include "Network/Transfer.h"
 #include "Require.h"
+#include "StreamPair.h"
 
 using namespace Public::Network;
-
-// Takes the place of the system's: the client's end of a pair is connected from its making.
-extern "C" __attribute__((visibility("default"))) int connect(int, const sockaddr*, socklen_t) { return 0; }
 
 namespace {
 
@@ -63,44 +57,36 @@ struct Plan {
 class Server {
 public:
     ~Server() {
-        for (const int end : mEnds) ::close(end);
+        for (const streams::End end : mEnds) streams::close(end);
     }
 
     curl_socket_t connect() {
-        int pair[2];
-        if (mEnds.size() == kMostConnections || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
-            return CURL_SOCKET_BAD;
-        }
-        ::fcntl(pair[0], F_SETFL, O_NONBLOCK);
-        mEnds.push_back(pair[0]);
-        mPeer = pair[1];
-        return pair[1];
+        streams::End here = streams::kNone;
+        if (mEnds.size() == kMostConnections || !streams::makePair(here, mPeer)) return CURL_SOCKET_BAD;
+        mEnds.push_back(here);
+        return mPeer;
     }
-    bool send(std::string_view piece) {
-        const auto length = static_cast<ssize_t>(piece.size());
-        return !mEnds.empty() && ::send(mEnds.back(), piece.data(), piece.size(), MSG_NOSIGNAL) == length;
+    void send(std::string_view piece) {
+        if (!mEnds.empty()) streams::send(mEnds.back(), mPeer, piece);
     }
     /// Whether the client has all that was sent. A connection that it has left counts as read.
-    bool isRead() const {
-        int unread = 0;
-        return mEnds.empty() || ::ioctl(mPeer, FIONREAD, &unread) != 0 || unread == 0;
-    }
+    bool isRead() const { return mEnds.empty() || !streams::hasUnread(mPeer); }
     void finish(bool reset) {
         if (mEnds.empty()) return;
-        char request[4096];
-        while (!reset && ::recv(mEnds.back(), request, sizeof request, MSG_DONTWAIT) > 0) {
-        }
-        ::close(mEnds.back());
+        if (!reset) streams::drain(mEnds.back());
+        streams::closeBefore(mEnds.back(), mPeer);
         mEnds.pop_back();
     }
 
     static curl_socket_t onOpen(void* server, curlsocktype, curl_sockaddr*) noexcept {
         return static_cast<Server*>(server)->connect();
     }
+    /// The client's end of a pair is connected from its making.
+    static int onMade(void*, curl_socket_t, curlsocktype) noexcept { return CURL_SOCKOPT_ALREADY_CONNECTED; }
 
 private:
-    std::vector<int> mEnds;
-    int mPeer = -1;
+    std::vector<streams::End> mEnds;
+    streams::End mPeer = streams::kNone;
 };
 
 /// The caller of the request, who holds the client to its promises.
@@ -194,6 +180,7 @@ public:
         curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http");
         curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &Server::onOpen);
         curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, &server);
+        curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, &Server::onMade);
         curl_multi_add_handle(mMulti, easy);
     }
     ~Run() {

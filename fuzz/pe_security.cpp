@@ -4,10 +4,8 @@
 #include <cstdint>
 
 #include "Base/PeSecurity.h"
-#include "Base/Posix/SignatureChain.h"
-#include "Base/Posix/SignatureCms.h"
-#include "Base/Posix/SignatureTime.h"
 #include "Require.h"
+#include "SignatureMessage.h"
 
 using namespace Public::Base;
 
@@ -15,25 +13,6 @@ namespace {
 
 bool liesIn(PeSecurity::Bytes part, PeSecurity::Bytes whole) {
     return part.empty() || (part.data() >= whole.data() && part.data() + part.size() <= whole.data() + whole.size());
-}
-
-void readMessage(ssl::Bytes entry) {
-    constexpr std::time_t kNow = 1760000000;
-    const ssl::ErrorQueueMark mark;
-    ProgramSignature signature;
-    const std::string flaw = parseSignature(entry, signature);
-    if (signature.certificate) FUZZ_REQUIRE(!signerText(signature.certificate).empty());
-    if (!flaw.empty()) return;
-    FUZZ_REQUIRE(signature.certificate && signature.digest);
-    (void)findSignatureFlaw(signature);
-    const ssl::Store roots(X509_STORE_new());
-    FUZZ_REQUIRE(!findStampedTime(signature, roots.get(), kNow));
-    FUZZ_REQUIRE(!findChainFlaw({.leaf = signature.certificate,
-                                 .others = signature.certificates,
-                                 .roots = roots.get(),
-                                 .usage = XKU_CODE_SIGN,
-                                 .time = kNow})
-                      .empty());
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ int main(int count, char** arguments) {
     std::error_code missing;
     for (const auto& entry : std::filesystem::directory_iterator(arguments[1], missing)) {
         if (!entry.is_regular_file()) continue;
-        std::printf("%s\n", entry.path().c_str());
+        std::printf("%s\n", entry.path().string().c_str());
         std::fflush(stdout);
         feed(entry.path());
         ++fed;
