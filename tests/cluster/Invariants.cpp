@@ -5,8 +5,10 @@
 
 #include "Archive/NSISDecompile.h"
 #include "FileText.h"
+#include "OpenFiles.h"
 #include "Packages.h"
 #include "Public/Base/ObjCounter.h"
+#include "RunningThreads.h"
 #include "VersionRequest.h"
 
 namespace cluster {
@@ -14,10 +16,6 @@ namespace cluster {
 namespace fs = std::filesystem;
 
 namespace {
-
-size_t entriesIn(const char* directory) {
-    return static_cast<size_t>(std::distance(fs::directory_iterator(directory), fs::directory_iterator()));
-}
 
 /// Of the records that travel in the runs.
 long recordsAlive() {
@@ -99,7 +97,7 @@ Violations findChanges(const Fingerprint& before, const Fingerprint& after) {
     return found;
 }
 
-Holdings holdings() { return {entriesIn("/proc/self/fd"), entriesIn("/proc/self/task"), recordsAlive()}; }
+Holdings holdings() { return {support::countOpenHere(), support::countThreads(), recordsAlive()}; }
 
 Violations findLeaks(const Holdings& before, std::chrono::milliseconds patience) {
     Violations found;

@@ -1,12 +1,11 @@
 // Runs in which something is done that must not be: each is found, and tells how to have it again.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "FileText.h"
 #include "PackageStore.h"
 #include "Packages.h"
 #include "Run.h"
+#include "TempDir.h"
 #include "VersionRequest.h"
 
 namespace {
@@ -53,10 +52,11 @@ TEST(MeddledRun, ShowsAFileBesideTheProgram) {
 }
 
 TEST(MeddledRun, ShowsAFileLeftOpen) {
-    int file = -1;
-    const auto found = violationsOf([&file](Cluster&) { file = ::open("/dev/null", O_RDONLY | O_CLOEXEC); });
+    const support::TempDir dir;
+    support::writeText(dir.path() + "/a", "x");
+    std::ifstream file;
+    const auto found = violationsOf([&](Cluster&) { file.open(dir.path() + "/a"); });
     EXPECT_TRUE(contains(found, "1 files are left open")) << found;
-    ::close(file);
 }
 
 TEST(MeddledRun, ShowsAnEngineThatIsKept) {

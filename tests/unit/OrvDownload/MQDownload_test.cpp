@@ -1,5 +1,6 @@
 // The pull of a package: what is asked, what becomes of the answers.
 #include "MQDownloadFixture.h"
+#include "Public/Base/System.h"
 
 using namespace Tarnwick::OrvUpdate;
 using Public::Base::ErrorInfo;
@@ -144,12 +145,12 @@ TEST_F(QueuePull, ReplacesWhatLiesInThePackagesPlace) {
 
 TEST_F(QueuePull, LeavesWhatLiesThereToWhoeverIsTestingIt) {
     support::writeText(mPath, "a package under test");
-    std::ifstream tested(mPath, std::ios::binary);
+    Public::Base::MappedFile tested;
+    ASSERT_EQ(tested.open(mPath), Public::Base::MappedFile::Result::Mapped);
     start();
     serve("new", 3);
-    std::string read;
-    std::getline(tested, read);
-    EXPECT_EQ(read, "a package under test");
+    EXPECT_EQ(content(), "new");
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(tested.data()), tested.size()), "a package under test");
 }
 
 TEST_F(QueuePull, TakesNothingAwayBeforeTheFirstBytesHaveCome) {

@@ -99,7 +99,7 @@ TEST_F(RemoteTransfer, PackageThatLiesOnThisDiskGivesATransferThatRefusesToStart
     EXPECT_EQ(transfer->start({}).errorCode(), -2);
     std::string fileName;
     EXPECT_EQ(transfer->getFileName(fileName).errorCode(), 0);
-    EXPECT_EQ(fileName, mStore.path(packageOf("1.11.0.8")));
+    EXPECT_EQ(std::filesystem::path(fileName), std::filesystem::path(mStore.path(packageOf("1.11.0.8"))));
 }
 
 TEST_F(RemoteTransfer, IsWithoutOwnerAfterTheHostLetsGo) {
