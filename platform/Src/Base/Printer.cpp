@@ -1,8 +1,12 @@
 #include "Public/Base/Printer.h"
 
 #include <spdlog/details/os.h>
-#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
+
+#include <cstdio>
+#include <mutex>
 
 namespace Public::Base {
 
@@ -50,10 +54,22 @@ std::string onOneLine(const std::string& text) {
     return line;
 }
 
+/// Writes to the stream itself and not to what lay behind it when the first line was written.
+class StandardError : public spdlog::sinks::base_sink<std::mutex> {
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        std::fwrite(line.data(), 1, line.size(), stderr);
+        std::fflush(stderr);
+    }
+    void flush_() override {}
+};
+
 void writeToStderr(const LogEntry& entry) {
     static auto& logger = []() -> spdlog::logger& {
-        auto& made = *new spdlog::logger("orv", std::make_shared<spdlog::sinks::stderr_sink_mt>());
-        made.set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
+        auto& made = *new spdlog::logger("orv", std::make_shared<StandardError>());
+        made.set_formatter(std::make_unique<spdlog::pattern_formatter>("%Y-%m-%d %H:%M:%S.%e %v",
+                                                                       spdlog::pattern_time_type::local, "\n"));
         made.set_level(spdlog::level::trace);
         return made;
     }();
