@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "Base/Windows/HeldFile.h"
+#include "Base/Windows/MappedNames.h"
+#include "Base/Windows/NameBeside.h"
 
 namespace Public::Base {
 
@@ -50,21 +52,16 @@ bool Replacement::find(const std::wstring& target) {
     const OwnedHandle present = openShared(target, FILE_READ_ATTRIBUTES);
     if (!present.isOpen()) return ::GetLastError() == ERROR_FILE_NOT_FOUND || failWithLastError();
     mReplaces = true;
-    mInPlace = ::GetFileType(present.get()) != FILE_TYPE_DISK;
-    if (mInPlace) return true;
     if (!::GetFileInformationByHandle(present.get(), &mReplaced)) return failWithLastError();
-    if (mReplaced.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return failWith(ERROR_ACCESS_DENIED);
+    const bool isFile =
+        ::GetFileType(present.get()) == FILE_TYPE_DISK && !(mReplaced.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
+    if (!isFile) return failWith(ERROR_ACCESS_DENIED);
     const DWORD own = ::GetFileAttributesW(target.c_str());
     const bool isLink = own != INVALID_FILE_ATTRIBUTES && (own & FILE_ATTRIBUTE_REPARSE_POINT);
     return !isLink || finalPath(present.get(), mTarget);
 }
 
-bool Replacement::open(const std::wstring& target) {
-    if (!find(target)) return false;
-    if (!mInPlace) return makeTemporary();
-    mFile = openShared(target, GENERIC_WRITE);
-    return mFile.isOpen() || failWithLastError();
-}
+bool Replacement::open(const std::wstring& target) { return find(target) && makeTemporary(); }
 
 bool Replacement::makeTemporary() {
     constexpr int kAttempts = 100;  // what was left by a process of the same number
@@ -92,11 +89,11 @@ bool Replacement::write(const char* data, size_t length) {
     return true;
 }
 
-bool Replacement::sync() { return mInPlace || ::FlushFileBuffers(mFile.get()) || failWithLastError(); }
+bool Replacement::sync() { return ::FlushFileBuffers(mFile.get()) || failWithLastError(); }
 
 bool Replacement::applyAttributes() {
     FILE_BASIC_INFO info{};
-    info.FileAttributes = mAttributes != 0 ? mAttributes : FILE_ATTRIBUTE_NORMAL;
+    info.FileAttributes = mAttributes != 0 ? mAttributes : FILE_ATTRIBUTE_NORMAL;  // none at all would mean no change
     return ::SetFileInformationByHandle(mFile.get(), FileBasicInfo, &info, sizeof info) || failWithLastError();
 }
 
@@ -118,17 +115,37 @@ bool Replacement::moveOver() {
     const bool isProtected = mReplaces && (mReplaced.dwFileAttributes & FILE_ATTRIBUTE_READONLY);
     if (isProtected) ::SetFileAttributesW(mTarget.c_str(), FILE_ATTRIBUTE_NORMAL);
     if (!mFile.close()) return failWithLastError();
+    // Here it is refused while somebody has the old one open or mapped, mostly for a moment.
+    constexpr int kAttempts = 20;
     const auto attempt = [&] {
         return ::MoveFileExW(mTemporary.c_str(), mTarget.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
     };
     if (persist(attempt)) return true;
-    const DWORD refused = ::GetLastError();
+    DWORD refused = ::GetLastError();
+    for (int again = 0; again < kAttempts && refused == ERROR_ACCESS_DENIED; ++again) {
+        ::SwitchToThread();
+        if (attempt()) return true;
+        refused = ::GetLastError();
+    }
+    if (exchange()) return true;
     if (isProtected) ::SetFileAttributesW(mTarget.c_str(), mReplaced.dwFileAttributes);
     return failWith(refused);
 }
 
+bool Replacement::exchange() {
+    const std::wstring aside = nameBeside(mTarget, L".old");
+    if (!::MoveFileExW(mTarget.c_str(), aside.c_str(), 0)) return false;
+    if (::MoveFileExW(mTemporary.c_str(), mTarget.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        if (deleteFile(aside) || MappedNames::deleteLater(aside)) return true;
+        // A program that runs can be moved but not removed, and must not be left lying about.
+        ::MoveFileExW(mTarget.c_str(), mTemporary.c_str(), 0);
+    }
+    // Somebody else may have put his own there meanwhile.
+    if (!::MoveFileExW(aside.c_str(), mTarget.c_str(), 0)) deleteFile(aside);
+    return false;
+}
+
 bool Replacement::commit() {
-    if (mInPlace) return mFile.close() || failWithLastError();
     if (!applyAttributes() || !putInPlace()) return false;
     mTemporary.clear();
     return mFile.close() || failWithLastError();

@@ -8,9 +8,8 @@
 namespace Public::Base {
 
 /// Writes beside the target and then puts the whole in its place: whoever looks, and whatever fails, sees the old file
-/// or the new one. Whoever has the old one open, sharing its removal, keeps it. A link is followed to its file. A
-/// target that is no file on a disk, such as a device, is written as it stands. Failures are recorded for
-/// ErrorInfo::getLastError.
+/// or the new one. Whoever has the old one mapped, or open and shares its removal, keeps it. A link is followed to its
+/// file. Failures are recorded for ErrorInfo::getLastError.
 class Replacement {
 public:
     Replacement() = default;
@@ -36,14 +35,16 @@ private:
     bool makeTemporary();
     bool applyAttributes();
     bool putInPlace();
+    /// For systems without a rename that takes the place of an open file.
     bool moveOver();
+    /// Puts the old one aside, where it stays until nobody has it open any more. For a moment neither is there.
+    bool exchange();
 
     OwnedHandle mFile;
     std::wstring mTarget;     // where the last link leads
-    std::wstring mTemporary;  // empty for a target that is written as it stands
+    std::wstring mTemporary;  // empty before it is made and after it has taken its place
     DWORD mAttributes = FILE_ATTRIBUTE_ARCHIVE;
     bool mReplaces = false;
-    bool mInPlace = false;
     BY_HANDLE_FILE_INFORMATION mReplaced{};
 };
 
