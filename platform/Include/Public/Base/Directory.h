@@ -13,7 +13,7 @@ struct ORV_PLATFORM_API Dirent {
     enum Type : int { Type_Directory = 0, Type_File = 1 };
 
     std::string name;
-    std::string fullPath;   ///< the directory's path as given, one separator, the name
+    std::string fullPath;   ///< the directory's path as given, one separator of the kind that it has, the name
     std::string suffix;     ///< the text after the last point of the name, without the point; empty without one
     Type type = Type_File;  ///< a symbolic link counts as what it leads to, but a link to a directory as a file
 };

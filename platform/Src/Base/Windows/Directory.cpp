@@ -16,7 +16,8 @@ Directory::Directory(const std::string& path) : mHandle(std::make_unique<Handle>
     if (!toNativePath(path, native)) return;
     mHandle->entries.emplace(native);
     const bool hasSeparator = path.ends_with('\\') || path.ends_with('/');
-    mHandle->prefix = hasSeparator ? path : path + "\\";
+    const bool hasSlashesAlone = path.find('\\') == std::string::npos && path.find('/') != std::string::npos;
+    mHandle->prefix = hasSeparator ? path : path + (hasSlashesAlone ? '/' : '\\');
 }
 
 Directory::~Directory() = default;

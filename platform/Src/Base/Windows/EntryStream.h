@@ -11,7 +11,7 @@ namespace Public::Base {
 class EntryStream {
 public:
     /// One that cannot be opened has no entries.
-    explicit EntryStream(std::wstring native);
+    explicit EntryStream(const std::wstring& directory);
     ~EntryStream();
     EntryStream(const EntryStream&) = delete;
     EntryStream& operator=(const EntryStream&) = delete;

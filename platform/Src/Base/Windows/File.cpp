@@ -18,9 +18,11 @@ constexpr size_t kLargestPiece = size_t{1} << 30;
 
 DWORD pieceOf(size_t length) { return static_cast<DWORD>(std::min(length, kLargestPiece)); }
 
-bool isDirectory(HANDLE file) {
+/// Not a directory, nor what a server has beside its files, such as a pipe.
+bool isFile(HANDLE file) {
     BY_HANDLE_FILE_INFORMATION status{};
-    return ::GetFileInformationByHandle(file, &status) && (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
+    return ::GetFileType(file) == FILE_TYPE_DISK && ::GetFileInformationByHandle(file, &status) &&
+           !(status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
 /// @return closed with GetLastError on failure
@@ -32,8 +34,8 @@ OwnedHandle openFor(const std::wstring& native, int mode) {
         case OpenMode_Create: {
             // Not the system's way of creating anew, which refuses a hidden file.
             OwnedHandle file = openShared(native, GENERIC_WRITE, OPEN_ALWAYS);
-            return !file.isOpen() || isDirectory(file.get()) || ::SetEndOfFile(file.get()) ? std::move(file)
-                                                                                           : OwnedHandle();
+            return !file.isOpen() || !isFile(file.get()) || ::SetEndOfFile(file.get()) ? std::move(file)
+                                                                                       : OwnedHandle();
         }
         case OpenMode_CreateKeep:
             return openShared(native, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
@@ -59,7 +61,7 @@ bool File::open(const std::string& path, int mode) {
     if (!toNativePath(mPath, native)) return false;
     auto handle = std::make_unique<Handle>(Handle{openFor(native, mode)});
     if (!handle->file.isOpen()) return failWithLastError();
-    if (isDirectory(handle->file.get())) return failWith(ERROR_ACCESS_DENIED);
+    if (!isFile(handle->file.get())) return failWith(ERROR_ACCESS_DENIED);
     mHandle = std::move(handle);
     return true;
 }

@@ -20,9 +20,8 @@ bool FileListing::next(ListedFile& file) {
     const WIN32_FIND_DATAW* entry = mHandle->entries ? mHandle->entries->nextOfAll() : nullptr;
     if (entry == nullptr) return false;
     file.name = fromNative(entry->cFileName);
-    file.attributes = entry->dwFileAttributes & ~static_cast<unsigned>(FILE_ATTRIBUTE_NORMAL);
-    // Nobody may be led through a link to a directory.
-    if (!isDirectory(*entry)) file.attributes &= ~ListedFile::SubDirectory;
+    file.attributes = entry->dwFileAttributes & ListedFile::Hidden;
+    if (isDirectory(*entry)) file.attributes |= ListedFile::SubDirectory;
     return true;
 }
 

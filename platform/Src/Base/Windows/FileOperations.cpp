@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "Base/Windows/NativePath.h"
+#include "Base/Windows/PathNames.h"
 #include "Base/Windows/RemoveName.h"
 #include "Base/Windows/Replacement.h"
 #include "Public/Base/File.h"
@@ -29,41 +30,17 @@ bool copyContent(HANDLE from, Replacement& to) {
 DWORD makeOne(const std::wstring& native) {
     if (::CreateDirectoryW(native.c_str(), nullptr)) return 0;
     const DWORD refused = ::GetLastError();
-    BY_HANDLE_FILE_INFORMATION status{};
-    const bool seen = queryStatus(native, status);
-    if (seen && (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return 0;
+    const DWORD attributes = attributesOf(native);
+    const bool seen = attributes != INVALID_FILE_ATTRIBUTES;
+    if (seen && (attributes & FILE_ATTRIBUTE_DIRECTORY)) return 0;
     return seen || refused == ERROR_ALREADY_EXISTS ? ERROR_DIRECTORY : refused;
-}
-
-/// Where the names begin: behind the drive, or behind the server and its share.
-size_t rootLength(const std::wstring& native) {
-    size_t at = 0;
-    if (native.starts_with(L"\\\\?\\UNC\\")) {
-        at = 8;
-    } else if (native.starts_with(L"\\\\?\\") || native.starts_with(L"\\\\.\\")) {
-        return native.find(L'\\', 4) == std::wstring::npos ? native.size() : native.find(L'\\', 4) + 1;
-    } else if (native.starts_with(L"\\\\")) {
-        at = 2;
-    } else {
-        const bool hasDrive = native.size() > 1 && native[1] == L':';
-        at = hasDrive ? 2 : 0;
-        return at < native.size() && native[at] == L'\\' ? at + 1 : at;
-    }
-    for (int name = 0; name < 2 && at != std::wstring::npos; ++name) at = native.find(L'\\', at) + 1;
-    return at == 0 ? native.size() : at;
 }
 
 }  // namespace
 
 bool File::access(const std::string& path, AccessMode) {
     std::wstring native;
-    BY_HANDLE_FILE_INFORMATION status{};
-    if (!toNativePath(path, native)) return false;
-    // What is there may still be closed to every opening, so a refusal is asked once more without one.
-    if (queryStatus(native, status)) return true;
-    const DWORD refused = ::GetLastError();
-    const bool mayBeThere = refused == ERROR_SHARING_VIOLATION || refused == ERROR_ACCESS_DENIED;
-    return (mayBeThere && ::GetFileAttributesW(native.c_str()) != INVALID_FILE_ATTRIBUTES) || failWith(refused);
+    return toNativePath(path, native) && (attributesOf(native) != INVALID_FILE_ATTRIBUTES || failWithLastError());
 }
 
 bool File::isAbsent(const std::string& path) {
@@ -154,10 +131,13 @@ bool File::save(const std::string& path, const SharedBuffer& content) {
 bool File::makeDirectory(const std::string& path) {
     std::wstring native;
     if (!toNativePath(path, native)) return false;
+    // Mostly all but the last is there, or all of it.
+    const DWORD refused = makeOne(native);
+    if (refused != ERROR_PATH_NOT_FOUND) return refused == 0 || failWith(refused);
     const size_t root = rootLength(native);
     for (size_t at = native.find(L'\\', root);; at = native.find(L'\\', at + 1)) {
         const std::wstring part = native.substr(0, at);
-        if (const DWORD refused = makeOne(part)) return failWith(refused);
+        if (const DWORD stopped = makeOne(part)) return failWith(stopped);
         if (at == std::wstring::npos) return true;
     }
 }

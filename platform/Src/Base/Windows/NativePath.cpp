@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Base/Windows/HeldFile.h"
+#include "Base/Windows/PathNames.h"
 #include "Public/Base/ErrorInfo.h"
 #include "Public/Base/StringEx.h"
 
@@ -12,6 +13,8 @@ namespace {
 
 /// A directory may be no longer without the other form; files have twelve more.
 constexpr size_t kLongestPlain = 247;
+/// Counted by the system without what is put before a path to lift the limit.
+constexpr size_t kLongest = 32750;
 
 bool toWide(const std::string& text, std::wstring& wide) {
     const int length = static_cast<int>(std::min<size_t>(text.size(), INT_MAX));
@@ -31,15 +34,6 @@ bool makeFull(std::wstring& path) {
     return true;
 }
 
-void liftLimit(std::wstring& full) {
-    if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return;
-    if (full.starts_with(L"\\\\")) {
-        full.replace(0, 1, L"\\\\?\\UNC");
-    } else {
-        full.insert(0, L"\\\\?\\");
-    }
-}
-
 }  // namespace
 
 bool failWith(DWORD nativeError) {
@@ -53,14 +47,22 @@ bool toNativePath(const std::string& path, std::wstring& native) {
     if (path.empty() || path.find('\0') != std::string::npos) return failWith(ERROR_INVALID_NAME);
     if (!toWide(path, native)) return failWith(ERROR_NO_UNICODE_TRANSLATION);
     std::replace(native.begin(), native.end(), L'/', L'\\');
-    if (native.starts_with(L"\\\\?\\")) return true;
-    // What is short may still be long from the root.
-    std::wstring full = native;
-    if (!makeFull(full)) return false;
-    if (full.size() <= kLongestPlain) return true;
-    liftLimit(full);
-    native = std::move(full);
+    if (native.size() > kLongest) return failWith(ERROR_FILENAME_EXCED_RANGE);
+    if (const DWORD refused = refusalOfNames(native)) return failWith(refused);
+    if (native.starts_with(kUnlimited)) return true;
+    if (!makeFull(native)) return false;
+    if (native.size() > kLongest) return failWith(ERROR_FILENAME_EXCED_RANGE);
+    if (native.size() > kLongestPlain) liftLimit(native);
     return true;
+}
+
+void liftLimit(std::wstring& native) {
+    if (native.starts_with(kUnlimited)) return;
+    if (native.starts_with(L"\\\\")) {
+        native.replace(0, 1, L"\\\\?\\UNC");
+    } else {
+        native.insert(0, kUnlimited);
+    }
 }
 
 std::string fromNative(const std::wstring& native) { return StringEx::wstring2string(native); }
@@ -79,6 +81,16 @@ OwnedHandle openShared(const std::wstring& native, DWORD access, DWORD dispositi
 bool queryStatus(const std::wstring& native, BY_HANDLE_FILE_INFORMATION& status) {
     const OwnedHandle opened = openShared(native, FILE_READ_ATTRIBUTES);
     return opened.isOpen() && ::GetFileInformationByHandle(opened.get(), &status);
+}
+
+DWORD attributesOf(const std::wstring& native) {
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (queryStatus(native, status)) return status.dwFileAttributes;
+    const DWORD refused = ::GetLastError();
+    const bool mayBeThere = refused == ERROR_SHARING_VIOLATION || refused == ERROR_ACCESS_DENIED;
+    const DWORD attributes = mayBeThere ? ::GetFileAttributesW(native.c_str()) : INVALID_FILE_ATTRIBUTES;
+    if (attributes == INVALID_FILE_ATTRIBUTES) ::SetLastError(refused);
+    return attributes;
 }
 
 bool isSameFile(const BY_HANDLE_FILE_INFORMATION& one, const BY_HANDLE_FILE_INFORMATION& other) {

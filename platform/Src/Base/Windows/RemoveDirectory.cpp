@@ -5,6 +5,7 @@
 #include "Base/Windows/EntryStream.h"
 #include "Base/Windows/HeldFile.h"
 #include "Base/Windows/NativePath.h"
+#include "Base/Windows/PathNames.h"
 #include "Public/Base/File.h"
 
 namespace Public::Base {
@@ -109,50 +110,34 @@ private:
     bool mLastWhole = true;
 };
 
-/// A directory under one of these names is the parent of what the caller means, or its own.
-bool endsInPoints(const std::wstring& native) {
-    const std::wstring last = native.substr(native.find_last_of(L"\\:") + 1);
-    return last == L"." || last == L"..";
-}
-
-/// From the root, in the form without a limit of length, so that what lies below can be named however deep it is.
-bool toUnlimited(std::wstring& native) {
-    if (native.starts_with(L"\\\\?\\")) return true;
-    const OwnedHandle opened = openShared(native, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
-    const DWORD needed =
-        opened.isOpen() ? ::GetFinalPathNameByHandleW(opened.get(), nullptr, 0, FILE_NAME_NORMALIZED) : 0;
-    std::wstring path(needed, L'\0');
-    const DWORD length =
-        needed == 0 ? 0 : ::GetFinalPathNameByHandleW(opened.get(), path.data(), needed, FILE_NAME_NORMALIZED);
-    if (length == 0 || length >= needed) return failWithLastError();
-    path.resize(length);
-    native = std::move(path);
-    return true;
-}
-
-/// "C:\" or "\\server\share".
-bool isRoot(const std::wstring& unlimited) {
-    const size_t names = unlimited.starts_with(L"\\\\?\\UNC\\") ? 8 : 4;
-    size_t rest = unlimited.find(L'\\', names);
-    if (names == 8 && rest != std::wstring::npos) rest = unlimited.find(L'\\', rest + 1);
-    return rest == std::wstring::npos || rest + 1 >= unlimited.size();
+/// A directory under one of these names is the parent of what the caller means, or its own; a drive alone stands for
+/// its current directory.
+bool endsInPoints(const std::string& path) {
+    const size_t end = path.find_last_not_of("\\/") + 1;
+    const std::string trimmed = path.substr(0, end);
+    const std::string last = trimmed.substr(trimmed.find_last_of("\\/:") + 1);
+    return last == "." || last == ".." || trimmed.ends_with(':');
 }
 
 }  // namespace
 
 bool File::removeDirectory(const std::string& path) {
     std::wstring native;
+    if (endsInPoints(path)) return failWith(ERROR_INVALID_NAME);
     if (!toNativePath(path, native)) return false;
-    while (native.size() > 1 && native.back() == L'\\' && native[native.size() - 2] != L':') native.pop_back();
-    if (endsInPoints(native)) return failWith(ERROR_INVALID_NAME);
-    WIN32_FIND_DATAW status{};
-    status.dwFileAttributes = ::GetFileAttributesW(native.c_str());
-    if (status.dwFileAttributes == INVALID_FILE_ATTRIBUTES) return failWithLastError();
-    if (!(status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return failWith(ERROR_DIRECTORY);
-    if (!toUnlimited(native)) return false;
-    if (isRoot(native)) return failWith(ERROR_BUSY);
-    if (status.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) return removeEntry(native, status.dwFileAttributes);
-    return TreeRemoval().remove(native, status.dwFileAttributes);
+    liftLimit(native);
+    const size_t root = rootLength(native);
+    while (native.size() > root && native.back() == L'\\') native.pop_back();
+    if (native.size() <= root) return failWith(ERROR_BUSY);
+    if (::GetFileAttributesW(native.c_str()) == INVALID_FILE_ATTRIBUTES) return failWithLastError();
+    // Only a search tells what kind of link it may be.
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = ::FindFirstFileW(native.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return failWithLastError();
+    ::FindClose(search);
+    if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return failWith(ERROR_DIRECTORY);
+    return isDirectory(found) ? TreeRemoval().remove(native, found.dwFileAttributes)
+                              : removeEntry(native, found.dwFileAttributes);
 }
 
 }  // namespace Public::Base
