@@ -10,16 +10,19 @@
 
 namespace support {
 
+/// The path in a form that the standard library takes however long it is.
+std::filesystem::path pathOf(const std::string& path);
+
 /// Writes the file, with the directories that it lies in.
 inline void writeText(const std::string& path, const std::string& text) {
-    const std::filesystem::path file(path);
+    const std::filesystem::path file = pathOf(path);
     if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary | std::ios::trunc) << text;
 }
 
 /// The file's content; nothing when it is not there.
 inline std::optional<std::string> readText(const std::string& path) {
-    const std::filesystem::path name(path);
+    const std::filesystem::path name = pathOf(path);
     std::ifstream file(name, std::ios::binary);
     if (!file || std::filesystem::is_directory(name)) return std::nullopt;
     std::ostringstream text;
@@ -30,9 +33,10 @@ inline std::optional<std::string> readText(const std::string& path) {
 /// Relative paths, with "/", of all files below the directory.
 inline std::set<std::string> filesBelow(const std::string& directory) {
     std::set<std::string> files;
-    if (!std::filesystem::exists(directory)) return files;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory)) {
-        if (!entry.is_directory()) files.insert(std::filesystem::relative(entry.path(), directory).generic_string());
+    const std::filesystem::path top = pathOf(directory);
+    if (!std::filesystem::exists(top)) return files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(top)) {
+        if (!entry.is_directory()) files.insert(entry.path().lexically_relative(top).generic_string());
     }
     return files;
 }

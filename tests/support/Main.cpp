@@ -2,6 +2,9 @@
 #include "Asserting.h"
 
 #include <atomic>
+#include <string>
+
+#include "OtherProcess.h"
 
 namespace {
 std::atomic<unsigned long> sAssertions{0};
@@ -24,6 +27,9 @@ int support::countAssertion() {
 unsigned long support::countedAssertions() { return sAssertions; }
 
 int main(int argc, char** argv) {
+    if (argc == 4 && argv[1] == std::string(support::kAsOtherProcess)) {
+        return support::actAsOtherProcess(argv[2], argv[3]);
+    }
     testing::InitGoogleTest(&argc, argv);
     auto& listeners = testing::UnitTest::GetInstance()->listeners();
     auto* printer = listeners.Release(listeners.default_result_printer());

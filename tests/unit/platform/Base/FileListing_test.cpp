@@ -1,29 +1,10 @@
-#include "FileText.h"
-#include "Public/Base/ErrorInfo.h"
-#include "Public/Base/System.h"
-#include "TempDir.h"
+#include "FileFixture.h"
+#include "FileKinds.h"
 
 using namespace Public::Base;
-using support::writeText;
+using namespace support;
 
 namespace {
-
-class FileListingTest : public testing::Test {
-protected:
-    std::string at(const std::string& name) const { return mDir.path() + "/" + name; }
-    std::vector<ListedFile> list(const std::string& path) {
-        std::vector<ListedFile> files;
-        FileListing listing(path);
-        for (ListedFile file; listing.next(file);) files.push_back(file);
-        return files;
-    }
-    std::map<std::string, unsigned> attributesIn(const std::string& path) {
-        std::map<std::string, unsigned> attributes;
-        for (const auto& file : list(path)) attributes[file.name] = file.attributes;
-        return attributes;
-    }
-    support::TempDir mDir;
-};
 
 TEST_F(FileListingTest, GivesThePointsFirst) {
     writeText(at("a"), "");
@@ -38,6 +19,7 @@ TEST_F(FileListingTest, GivesThePointsFirst) {
 
 TEST_F(FileListingTest, MarksHiddenFilesAndDirectories) {
     writeText(at(".h"), "");
+    hide(at(".h"));
     std::filesystem::create_directory(at("d"));
     std::map<std::string, unsigned> attributes;
     for (const auto& file : list(mDir.path())) attributes[file.name] = file.attributes;
@@ -46,7 +28,7 @@ TEST_F(FileListingTest, MarksHiddenFilesAndDirectories) {
 }
 
 TEST_F(FileListingTest, OfALinkToADirectoryIsNoDirectory) {
-    std::filesystem::create_directory_symlink(mDir.path(), at("loop"));
+    makeDirectoryLink(mDir.path(), at("loop"));
     EXPECT_EQ(list(mDir.path()).at(2).attributes, 0U);
 }
 
@@ -68,6 +50,7 @@ TEST_F(FileListingTest, PointsAreNotHidden) {
 
 TEST_F(FileListingTest, HiddenDirectoryBearsBothMarks) {
     std::filesystem::create_directory(at(".d"));
+    hide(at(".d"));
     EXPECT_EQ(attributesIn(mDir.path()).at(".d"), ListedFile::SubDirectory | ListedFile::Hidden);
 }
 
@@ -103,7 +86,7 @@ TEST_F(FileListingTest, EndsForGood) {
 TEST_F(FileListingTest, OfAFileIsEmptyAndTellsWhy) {
     writeText(at("f"), "");
     EXPECT_TRUE(list(at("f")).empty());
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOTDIR));
+    EXPECT_EQ(lastError(), errorOf(SystemError::NoDirectory));
 }
 
 TEST_F(FileListingTest, BearsATrailingSeparator) {

@@ -1,18 +1,11 @@
 // Files as a whole: loaded, saved, measured and removed; and where the program lies.
-#include "Public/Base/File.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "FileFixture.h"
-#include "Public/Base/ErrorInfo.h"
-#include "WithoutRights.h"
+#include "FileKinds.h"
+#include "FileSizeLimit.h"
+#include "OtherProcess.h"
 
 using namespace Public::Base;
-using support::FileTest;
-using support::MemoryFile;
-using support::readText;
-using support::writeText;
+using namespace support;
 
 namespace {
 
@@ -25,10 +18,8 @@ TEST_F(FileTest, SaveReplacesTheWholeFile) {
 TEST_F(FileTest, SaveMakesNoDirectory) {
     EXPECT_FALSE(File::save(at("none/a"), SharedBuffer("x")));
     EXPECT_FALSE(File::access(at("none"), AccessMode_Exists));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
+    EXPECT_EQ(lastError(), errorOf(SystemError::NotThere));
 }
-
-TEST_F(FileTest, SaveToAFullDiskFails) { EXPECT_FALSE(File::save("/dev/full", SharedBuffer("x"))); }
 
 TEST_F(FileTest, LoadGivesTheWholeFile) {
     const std::string big(300000, 'x');
@@ -72,11 +63,11 @@ TEST_F(FileTest, NonAsciiNamesWork) {
 
 TEST_F(FileTest, NameThatIsTooLongFails) {
     EXPECT_FALSE(File::save(at(std::string(300, 'n')), SharedBuffer("x")));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENAMETOOLONG));
+    EXPECT_EQ(lastError(), errorOf(SystemError::NameTooLong));
 }
 
 TEST_F(FileTest, ProgramDirectoryIsTheOneOfThisProgram) {
-    EXPECT_EQ(File::getExcutableFileFullPath(), std::filesystem::read_symlink("/proc/self/exe").parent_path().string());
+    EXPECT_EQ(File::getExcutableFileFullPath(), pathOf(ownProgram()).parent_path().string());
 }
 
 TEST_F(FileTest, ProgramDirectoryCanBeOverriddenAndRestored) {
@@ -91,24 +82,7 @@ TEST_F(FileTest, SuccessDoesNotClearTheLastError) {
     EXPECT_FALSE(File::remove(at("none")));
     writeText(at("a"), "");
     EXPECT_TRUE(File::access(at("a"), AccessMode_Exists));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
-}
-
-TEST_F(FileTest, LoadOfMoreThanMemoryHoldsIsEmptyAndThrowsNothing) {
-    const MemoryFile file;
-    ASSERT_EQ(::ftruncate(file.fd(), INT64_MAX), 0);
-    EXPECT_TRUE(File::load(file.path()).empty());
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), ErrorCode_Failed);
-}
-
-TEST_F(FileTest, LoadOfWhatFaultsIsEmptyAndTellsWhy) {
-    EXPECT_TRUE(File::load("/proc/self/mem").empty());
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EIO));
-}
-
-TEST_F(FileTest, LoadReadsFilesThatTellNoLength) {
-    EXPECT_EQ(File::getLength("/proc/self/status"), 0U);
-    EXPECT_EQ(File::load("/proc/self/status").toStdString().rfind("Name:", 0), 0U);
+    EXPECT_EQ(lastError(), errorOf(SystemError::NotThere));
 }
 
 TEST_F(FileTest, LoadKeepsZeroBytes) {
@@ -124,21 +98,12 @@ TEST_F(FileTest, SaveKeepsZeroBytesAndEmptiness) {
     EXPECT_EQ(readText(at("a")), "");
 }
 
-TEST_F(FileTest, SaveFollowsALinkToItsFile) {
-    writeText(at("real"), "old");
-    std::filesystem::create_symlink("real", at("link"));
-    EXPECT_TRUE(File::save(at("link"), SharedBuffer("new")));
-    EXPECT_EQ(readText(at("real")), "new");
-    EXPECT_TRUE(std::filesystem::is_symlink(at("link")));
-}
-
 TEST_F(FileTest, SaveIntoAnothersReadOnlyFileFailsAndKeepsIt) {
     writeText(at("a"), "kept");
-    ::chmod(at("a").c_str(), 0444);
     {
-        const support::WithoutRights nobody;
+        const ReadOnlyFile readOnly(at("a"));
         EXPECT_FALSE(File::save(at("a"), SharedBuffer("new")));
-        EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+        EXPECT_EQ(lastError(), errorOf(SystemError::ReadOnly));
     }
     EXPECT_EQ(readText(at("a")), "kept");
 }
@@ -156,34 +121,14 @@ TEST_F(FileTest, LongestNameWorks) {
     EXPECT_TRUE(File::remove(name));
 }
 
-TEST_F(FileTest, RemoveOfALinkKeepsItsFile) {
-    writeText(at("real"), "kept");
-    std::filesystem::create_symlink("real", at("link"));
-    EXPECT_TRUE(File::remove(at("link")));
-    EXPECT_EQ(readText(at("real")), "kept");
-}
-
 TEST_F(FileTest, RemoveWithoutTheRightFailsAndKeepsTheFile) {
     writeText(at("a"), "kept");
-    ::chmod(mDir.path().c_str(), 0555);
     {
-        const support::WithoutRights nobody;
+        const KeptFile kept(at("a"));
         EXPECT_FALSE(File::remove(at("a")));
-        EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+        EXPECT_EQ(lastError(), errorOf(SystemError::Withheld));
     }
-    ::chmod(mDir.path().c_str(), 0755);
     EXPECT_EQ(readText(at("a")), "kept");
-}
-
-TEST_F(FileTest, LengthFollowsALink) {
-    writeText(at("real"), "12345");
-    std::filesystem::create_symlink("real", at("link"));
-    EXPECT_EQ(File::getLength(at("link")), 5U);
-}
-
-TEST_F(FileTest, AccessOfALinkThatLeadsNowhereFails) {
-    std::filesystem::create_symlink("none", at("link"));
-    EXPECT_FALSE(File::access(at("link"), AccessMode_Exists));
 }
 
 TEST_F(FileTest, ProgramDirectoryMayBeSetWhileOthersAsk) {
@@ -229,5 +174,46 @@ INSTANTIATE_TEST_SUITE_P(Sizes, FileLoadSizes,
                                          LoadCase{"APiece", 65536}, LoadCase{"AboveAPiece", 65537},
                                          LoadCase{"TwoPieces", 131072}),
                          [](const auto& test) { return test.param.name; });
+
+TEST_F(FileTest, SaveThatFindsNoRoomKeepsTheOldFileAndLeavesNothing) {
+    writeText(at("a"), "old");
+    {
+        const FileSizeLimit full(3);
+        EXPECT_FALSE(File::save(at("a"), SharedBuffer("longer")));
+        EXPECT_EQ(lastError(), errorOf(SystemError::FileLimit));
+        EXPECT_FALSE(File::save(at("b"), SharedBuffer("longer")));
+    }
+    EXPECT_EQ(readText(at("a")), "old");
+    EXPECT_EQ(filesBelow(mDir.path()), std::set<std::string>{"a"});
+}
+
+TEST_F(FileTest, SavedFileIsSeenByAPlainListing) {
+    ASSERT_TRUE(File::save(at("new"), SharedBuffer("1")));
+    ASSERT_TRUE(File::save(at("new"), SharedBuffer("2")));
+    FileListing listing(mDir.path());
+    std::map<std::string, unsigned> attributes;
+    for (ListedFile file; listing.next(file);) attributes[file.name] = file.attributes;
+    EXPECT_EQ(attributes.at("new"), 0U);
+}
+
+TEST_F(FileTest, RemoveTakesAFileThatMayNotBeWritten) {
+    writeText(at("a"), "");
+    std::filesystem::permissions(at("a"), std::filesystem::perms::owner_read);
+    EXPECT_TRUE(File::remove(at("a")));
+    EXPECT_TRUE(File::isAbsent(at("a")));
+}
+
+TEST_F(FileTest, RemovedOneMayBeMadeAnewWhileSomebodyReadsTheOld) {
+    writeText(at("a"), "old");
+    File reader(at("a"));
+    ASSERT_TRUE(reader.open(OpenMode_Read));
+    EXPECT_TRUE(File::remove(at("a")));
+    char text[4] = {};
+    EXPECT_EQ(reader.read(text, 3), 3U);
+    EXPECT_STREQ(text, "old");
+    reader.close();
+    EXPECT_TRUE(File::save(at("a"), SharedBuffer("new")));
+    EXPECT_EQ(readText(at("a")), "new");
+}
 
 }  // namespace

@@ -1,18 +1,11 @@
 // A file that is open: its modes, its place, its lines.
-#include "Public/Base/File.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "FileFixture.h"
-#include "Public/Base/ErrorInfo.h"
-#include "WithoutRights.h"
+#include "FileKinds.h"
+#include "FileSizeLimit.h"
+#include "OtherProcess.h"
 
 using namespace Public::Base;
-using support::FileTest;
-using support::MemoryFile;
-using support::readText;
-using support::writeText;
+using namespace support;
 
 namespace {
 
@@ -81,7 +74,7 @@ TEST_F(FileTest, OtherModesAreRefused) {
 TEST_F(FileTest, OpeningAMissingFileForReadingFailsWithTheSystemsError) {
     File file(at("none"));
     EXPECT_FALSE(file.open(2));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
+    EXPECT_EQ(lastError(), errorOf(SystemError::NotThere));
     EXPECT_FALSE(file.isOpen());
 }
 
@@ -97,7 +90,7 @@ TEST_F(FileTest, EmptyPathAndZeroByteAreRefused) {
     EXPECT_FALSE(file.open(2));
     EXPECT_FALSE(file.open("", 0x1001));
     EXPECT_FALSE(file.open(at(std::string("a\0b", 3)), 0x1001));
-    EXPECT_TRUE(support::filesBelow(mDir.path()).empty());
+    EXPECT_TRUE(filesBelow(mDir.path()).empty());
 }
 
 TEST_F(FileTest, BackslashesSeparateToo) {
@@ -160,21 +153,12 @@ TEST_F(FileTest, ReadsAndWritesLines) {
     EXPECT_EQ(lines, (std::vector<std::string>{"one", "two", "", "last"}));
 }
 
-TEST_F(FileTest, WritingToAFullDiskIsAShortWriteWithTheSystemsError) {
-    File file;
-    ASSERT_TRUE(file.open("/dev/full", 0x1002));
-    EXPECT_EQ(file.write("abc", 3), 0U);
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOSPC));
-    EXPECT_FALSE(file.puts("abc"));
-}
-
 TEST_F(FileTest, FileThatMayNotBeReadIsRefused) {
     writeText(at("a"), "x");
-    ::chmod(at("a").c_str(), 0);
-    const support::WithoutRights nobody;
+    const WithheldFile withheld(at("a"));
     File file(at("a"));
     EXPECT_FALSE(file.open(OpenMode_Read));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+    EXPECT_EQ(lastError(), errorOf(SystemError::Withheld));
     EXPECT_TRUE(File::load(at("a")).empty());
 }
 
@@ -185,7 +169,7 @@ TEST_F(FileTest, CreateModeDoesNotRead) {
     ASSERT_EQ(file.seek(0, SeekPosition_Begin), 0);
     char text[4] = {};
     EXPECT_EQ(file.read(text, 3), 0U);
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EBADF));
+    EXPECT_EQ(lastError(), errorOf(SystemError::NoRight));
 }
 
 TEST_F(FileTest, FailedOpenLeavesTheFileClosed) {
@@ -214,14 +198,14 @@ TEST_F(FileTest, MayBeOpenedAgainAfterClose) {
 }
 
 TEST_F(FileTest, ReachesBeyondFourGigabytes) {
-    const MemoryFile memory;
+    makeSparse(at("far"), 1);
     constexpr int64_t kFar = int64_t{5} << 30;
     File file;
-    ASSERT_TRUE(file.open(memory.path(), OpenMode_CreateKeep));
+    ASSERT_TRUE(file.open(at("far"), OpenMode_CreateKeep));
     EXPECT_EQ(file.seek(kFar, SeekPosition_Begin), kFar);
     EXPECT_EQ(file.write("x", 1), 1U);
     EXPECT_EQ(file.getPosition(), kFar + 1);
-    EXPECT_EQ(File::getLength(memory.path()), static_cast<uint64_t>(kFar) + 1);
+    EXPECT_EQ(File::getLength(at("far")), static_cast<uint64_t>(kFar) + 1);
 }
 
 TEST_F(FileTest, WritingBeyondTheEndFillsWithZeroBytes) {
@@ -270,21 +254,68 @@ TEST_F(FileTest, ClosedFileGivesNoLines) {
     std::string line = "before";
     EXPECT_FALSE(file.gets(line));
     EXPECT_FALSE(file.puts("x"));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EBADF));
+    EXPECT_EQ(lastError(), errorOf(SystemError::NotOpen));
 }
 
-TEST_F(FileTest, OpenFileIsNotInheritedByPrograms) {
+TEST_F(FileTest, WritingBeyondALimitIsAShortWriteWithTheSystemsError) {
     File file(at("a"));
     ASSERT_TRUE(file.open(OpenMode_Create));
-    bool found = false;
-    for (int fd = 3; fd < 1024; ++fd) {
-        std::error_code none;
-        const auto target = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), none);
-        if (target != at("a")) continue;
-        found = true;
-        EXPECT_NE(::fcntl(fd, F_GETFD) & FD_CLOEXEC, 0);
+    const FileSizeLimit full(2);
+    EXPECT_EQ(file.write("abc", 3), 2U);
+    EXPECT_EQ(lastError(), errorOf(SystemError::FileLimit));
+    EXPECT_FALSE(file.puts("abc"));
+    EXPECT_EQ(File::getLength(at("a")), 2U);
+}
+
+TEST_F(FileTest, OpenOneMayBeRenamedAndRemovedByOthers) {
+    for (const int mode : {OpenMode_Read, OpenMode_Create, OpenMode_CreateKeep}) {
+        writeText(at("a"), "abc");
+        File file(at("a"));
+        ASSERT_TRUE(file.open(mode)) << mode;
+        std::filesystem::rename(at("a"), at("b"));
+        EXPECT_TRUE(File::isAbsent(at("a"))) << mode;
+        EXPECT_TRUE(File::remove(at("b"))) << mode;
+        EXPECT_TRUE(file.isOpen());
+        file.close();
+        EXPECT_TRUE(File::isAbsent(at("b"))) << mode;
     }
-    EXPECT_TRUE(found);
+}
+
+TEST_F(FileTest, SeveralMayHaveItOpenInWhateverModes) {
+    writeText(at("a"), "abc");
+    File one, other, third;
+    ASSERT_TRUE(one.open(at("a"), OpenMode_CreateKeep));
+    ASSERT_TRUE(other.open(at("a"), OpenMode_Read));
+    ASSERT_TRUE(third.open(at("a"), OpenMode_CreateKeep));
+    EXPECT_EQ(one.write("x", 1), 1U);
+    char text[4] = {};
+    EXPECT_EQ(other.read(text, 3), 3U);
+    EXPECT_STREQ(text, "xbc");
+    EXPECT_EQ(third.write("yz", 2), 2U);
+    EXPECT_EQ(readText(at("a")), "yzc");
+}
+
+TEST_F(FileTest, OpenOneIsReadAndWrittenByAnotherProcessToo) {
+    writeText(at("a"), "abc");
+    const OtherProcess other(OtherProcess::Deed::OpenToWrite, at("a"));
+    ASSERT_TRUE(other.did());
+    File file(at("a"));
+    ASSERT_TRUE(file.open(OpenMode_CreateKeep));
+    EXPECT_EQ(file.write("x", 1), 1U);
+    EXPECT_EQ(File::load(at("a")).toStdString(), "xbc");
+    EXPECT_TRUE(OtherProcess(OtherProcess::Deed::OpenToRead, at("a")).did());
+}
+
+TEST_F(FileTest, ReadOnlyOneIsNotOpenedForWritingNorCut) {
+    writeText(at("a"), "kept");
+    const ReadOnlyFile readOnly(at("a"));
+    File file(at("a"));
+    EXPECT_FALSE(file.open(OpenMode_Create));
+    EXPECT_EQ(lastError(), errorOf(SystemError::ReadOnly));
+    EXPECT_FALSE(file.open(OpenMode_CreateKeep));
+    EXPECT_FALSE(File::cut(at("a"), 1));
+    EXPECT_TRUE(file.open(OpenMode_Read));
+    EXPECT_EQ(readText(at("a")), "kept");
 }
 
 }  // namespace

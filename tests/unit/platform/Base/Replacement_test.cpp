@@ -1,40 +1,11 @@
 // Files that take another one's place in one step.
-#include <sys/stat.h>
-
-#include <cerrno>
-
-#include "FileText.h"
-#include "Public/Base/ErrorInfo.h"
-#include "Public/Base/File.h"
-#include "Public/Base/System.h"
-#include "TempDir.h"
+#include "FileFixture.h"
+#include "OtherProcess.h"
 
 using namespace Public::Base;
-using support::readText;
-using support::writeText;
+using namespace support;
 
 namespace {
-
-class ReplacedFile : public testing::Test {
-protected:
-    std::string at(const std::string& name) const { return mDir.path() + "/" + name; }
-    static mode_t modeOf(const std::string& path) {
-        struct stat status {};
-        EXPECT_EQ(::stat(path.c_str(), &status), 0);
-        return status.st_mode & 07777;
-    }
-    static std::string textOf(const MappedFile& file) {
-        return {reinterpret_cast<const char*>(file.data()), file.size()};
-    }
-    support::TempDir mDir;
-};
-
-TEST_F(ReplacedFile, SaveKeepsItsPermissions) {
-    writeText(at("a"), "old");
-    ::chmod(at("a").c_str(), 0640);
-    EXPECT_TRUE(File::save(at("a"), SharedBuffer("new")));
-    EXPECT_EQ(modeOf(at("a")), 0640U);
-}
 
 TEST_F(ReplacedFile, SaveLeavesTheOldOneToItsReaders) {
     writeText(at("a"), "old content");
@@ -54,23 +25,6 @@ TEST_F(ReplacedFile, CopyLeavesTheOldOneToItsReaders) {
     EXPECT_TRUE(File::copy(at("a"), at("b")));
     EXPECT_EQ(textOf(reader), "old content");
     EXPECT_EQ(readText(at("b")), "n");
-}
-
-TEST_F(ReplacedFile, CopyFollowsALinkToItsFile) {
-    writeText(at("a"), "new");
-    writeText(at("d/real"), "old");
-    std::filesystem::create_symlink("d/real", at("link"));
-    EXPECT_TRUE(File::copy(at("a"), at("link")));
-    EXPECT_TRUE(std::filesystem::is_symlink(at("link")));
-    EXPECT_EQ(readText(at("d/real")), "new");
-    EXPECT_EQ(support::filesBelow(at("d")), std::set<std::string>{"real"});
-}
-
-TEST_F(ReplacedFile, SaveMakesTheFileThatALinkNames) {
-    std::filesystem::create_symlink("none", at("link"));
-    EXPECT_TRUE(File::save(at("link"), SharedBuffer("new")));
-    EXPECT_EQ(readText(at("none")), "new");
-    EXPECT_TRUE(std::filesystem::is_symlink(at("link")));
 }
 
 TEST_F(ReplacedFile, MayHaveTheLongestName) {
@@ -94,7 +48,7 @@ TEST_F(ReplacedFile, MayBeSavedByManyThreadsAtOnce) {
     for (auto& thread : threads) thread.join();
     const std::string text = readText(at("a")).value_or("");
     EXPECT_EQ(text, std::string(1000, text.empty() ? '?' : text.front()));
-    EXPECT_EQ(support::filesBelow(mDir.path()), std::set<std::string>{"a"});
+    EXPECT_EQ(filesBelow(mDir.path()), std::set<std::string>{"a"});
 }
 
 TEST_F(ReplacedFile, NothingIsReplacedWhereNothingIsMapped) {
@@ -108,20 +62,6 @@ TEST_F(ReplacedFile, NothingIsReplacedWhereNothingIsMapped) {
     EXPECT_FALSE(reader.isReplacedAt(""));
 }
 
-TEST_F(ReplacedFile, AbsenceIsToldFromWhatCannotBeLookedAt) {
-    writeText(at("a"), "x");
-    std::filesystem::create_symlink("loop", at("loop"));
-    std::filesystem::create_symlink("none", at("link"));
-    EXPECT_FALSE(File::isAbsent(at("a")));
-    EXPECT_FALSE(File::isAbsent(mDir.path()));
-    EXPECT_TRUE(File::isAbsent(at("none")));
-    EXPECT_TRUE(File::isAbsent(at("link")));
-    EXPECT_TRUE(File::isAbsent(at("a/below")));
-    EXPECT_TRUE(File::isAbsent(""));
-    EXPECT_FALSE(File::isAbsent(at("loop")));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ELOOP));
-}
-
 TEST_F(ReplacedFile, CutTakesAwayWhatLiesBehind) {
     writeText(at("a"), "0123456789");
     EXPECT_TRUE(File::cut(at("a"), 4));
@@ -130,6 +70,63 @@ TEST_F(ReplacedFile, CutTakesAwayWhatLiesBehind) {
     EXPECT_EQ(readText(at("a")), "0123");
     EXPECT_FALSE(File::cut(at("none"), 0));
     EXPECT_FALSE(File::cut("", 0));
+}
+
+TEST_F(ReplacedFile, IsKeptByAReaderThatHasItOpen) {
+    writeText(at("a"), "old content");
+    File reader(at("a"));
+    ASSERT_TRUE(reader.open(OpenMode_Read));
+    EXPECT_TRUE(File::save(at("a"), SharedBuffer("new")));
+    writeText(at("b"), "newer");
+    EXPECT_TRUE(File::copy(at("b"), at("a")));
+    char text[12] = {};
+    EXPECT_EQ(reader.read(text, 11), 11U);
+    EXPECT_STREQ(text, "old content");
+    EXPECT_EQ(readText(at("a")), "newer");
+    reader.close();
+    EXPECT_EQ(filesBelow(mDir.path()), (std::set<std::string>{"a", "b"}));
+}
+
+TEST_F(ReplacedFile, IsKeptByAnotherProcessThatHasItOpenOrMapped) {
+    for (const auto deed :
+         {OtherProcess::Deed::OpenToRead, OtherProcess::Deed::OpenToWrite, OtherProcess::Deed::MapFile}) {
+        writeText(at("a"), "old content");
+        const OtherProcess reader(deed, at("a"));
+        ASSERT_TRUE(reader.did());
+        EXPECT_TRUE(File::save(at("a"), SharedBuffer("new")));
+        EXPECT_EQ(readText(at("a")), "new");
+    }
+    EXPECT_EQ(filesBelow(mDir.path()), std::set<std::string>{"a"});
+}
+
+TEST_F(ReplacedFile, StaysOneThatIsMappedByManyReaders) {
+    writeText(at("a"), "0");
+    std::vector<std::unique_ptr<MappedFile>> readers;
+    for (int i = 0; i < 5; ++i) {
+        readers.push_back(std::make_unique<MappedFile>());
+        ASSERT_EQ(readers.back()->open(at("a")), MappedFile::Result::Mapped);
+        EXPECT_TRUE(File::save(at("a"), SharedBuffer(std::to_string(i + 1))));
+    }
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(textOf(*readers[static_cast<size_t>(i)]), std::to_string(i));
+    EXPECT_EQ(readText(at("a")), "5");
+}
+
+TEST_F(ReplacedFile, IsNeverSeenHalfWrittenOrMissing) {
+    const std::string one(100000, '1'), other(100000, '2');
+    ASSERT_TRUE(File::save(at("a"), SharedBuffer(one)));
+    std::atomic<bool> stop{false};
+    std::atomic<int> wrong{0}, seen{0};
+    std::thread reader([&] {
+        while (!stop) {
+            const std::string text = File::load(at("a")).toStdString();
+            wrong += text != one && text != other ? 1 : 0;
+            ++seen;
+        }
+    });
+    for (int turn = 0; turn < 20 || seen < 20; ++turn) File::save(at("a"), SharedBuffer(turn % 2 == 0 ? other : one));
+    stop = true;
+    reader.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace
