@@ -32,7 +32,11 @@ bool Durability::sync(const std::string& path) {
     std::wstring native;
     if (!toNativePath(path, native)) return false;
     const OwnedHandle opened = openToFlush(native);
-    return (opened.isOpen() && ::FlushFileBuffers(opened.get())) || failWithLastError();
+    if (!opened.isOpen()) return failWithLastError();
+    if (::FlushFileBuffers(opened.get())) return true;
+    // Some file systems have nothing to bring to a disk and say that they do not know the call.
+    const DWORD refused = ::GetLastError();
+    return refused == ERROR_INVALID_FUNCTION || refused == ERROR_NOT_SUPPORTED || failWith(refused);
 }
 
 bool Durability::syncAll(const std::vector<std::string>& paths) {

@@ -108,7 +108,8 @@ bool Replacement::putInPlace() {
     const auto length = static_cast<DWORD>(room.size());
     const auto attempt = [&] { return ::SetFileInformationByHandle(mFile.get(), kRenameInfoEx, rename, length) != 0; };
     if (persist(attempt)) return true;
-    return isUnknownCall(::GetLastError()) ? moveOver() : failWithLastError();
+    const DWORD refused = ::GetLastError();
+    return isUnknownCall(refused) || refused == ERROR_USER_MAPPED_FILE ? moveOver() : failWith(refused);
 }
 
 bool Replacement::moveOver() {

@@ -80,9 +80,10 @@ TEST_F(DirectoryTest, FullPathHasTheSeparatorsThatWereGiven) {
     const std::string slashes = mDir.path() + "/sub";
     EXPECT_EQ(entriesOf(slashes).at("f").fullPath, slashes + "/f");
     EXPECT_EQ(entriesOf(mDir.path() + "\\sub").at("f").fullPath, mDir.path() + "\\sub\\f");
+    const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(mDir.path());
     EXPECT_EQ(entriesOf("sub").at("f").fullPath, "sub\\f");
-    std::filesystem::current_path(std::filesystem::temp_directory_path());
+    std::filesystem::current_path(before);
 }
 
 TEST_F(DirectoryTest, IsFoundInWhateverCase) {
