@@ -28,9 +28,12 @@ enum OpenMode : int {
     OpenMode_CreateKeep = 0x1002,  ///< create when missing, read and write, nothing truncated
 };
 
-/// One open file, and what can be done to files by path. Paths are UTF-8; on POSIX "/" and "\\" both separate. An empty
-/// path, or one that holds a zero byte, is refused. Every failure is recorded for ErrorInfo::getLastError. No operation
-/// throws. One object belongs to one thread at a time; the static operations may run on any.
+/// One open file, and what can be done to files by path. Paths are UTF-8; "/" and "\\" both separate. An empty path, or
+/// one that holds a zero byte, is refused; on Windows also one with a name that the system takes for something else: a
+/// device ("nul.txt"), a stream ("name:x"), a point or blank at the end. There paths may have any length, and one in
+/// the form "\\?\" is taken at its word. An open file may be renamed, removed and replaced by others. Every failure is
+/// recorded for ErrorInfo::getLastError. No operation throws. One object belongs to one thread at a time; the static
+/// operations may run on any.
 class ORV_PLATFORM_API File {
 public:
     explicit File(const std::string& path = {});
@@ -79,13 +82,14 @@ public:
     /// Removes one file; false for a directory.
     static bool remove(const std::string& path);
     /// Copies one file with its permissions; an existing target is replaced as a whole, a read-only one too, and stays
-    /// as it was when the copy fails. Whoever has the old one open keeps it.
+    /// as it was when the copy fails. Whoever has the old one open keeps it; on Windows it is replaced only where he
+    /// shares its removal, and never a program that runs.
     /// A target that is the source itself is refused, so that nothing is lost.
     static bool copy(const std::string& from, const std::string& to);
     /// Makes the whole chain of directories; succeeds when it is there already.
     static bool makeDirectory(const std::string& path);
-    /// Removes the directory with all that it holds. A symbolic link is removed, never followed. A root is refused;
-    /// an absent directory is a failure.
+    /// Removes the directory with all that it holds, read-only entries too. A symbolic link or junction is removed,
+    /// never followed. A root is refused; an absent directory is a failure.
     static bool removeDirectory(const std::string& path);
 
     /// Directory of the running program, without a trailing separator.
