@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "DownloadTopicFixture.h"
+#include "SystemErrors.h"
 #include "TWProtocol/TWProtoUpgrade.h"
 #include "VersionService/FileWriterManager.h"
 
@@ -80,7 +81,7 @@ TEST_F(DownloadTopicFailure, DirectoryInThePackagesPlaceCannotBeOpened) {
     const std::string path = addPackage("2.0", "the package");
     std::filesystem::remove(path);
     std::filesystem::create_directory(path);
-    EXPECT_EQ(ask(chunkOf("2.0")).code, -(10000 + EISDIR));
+    EXPECT_EQ(ask(chunkOf("2.0")).code, errorOf(support::SystemError::IsDirectory));
 }
 
 TEST_F(DownloadTopicFailure, EntryOfAnotherNodeHasNoPackageHere) {

@@ -1,5 +1,6 @@
 // The receiver of a push: its steps and the rows of its failures.
 #include "PostTopicFixture.h"
+#include "SystemErrors.h"
 #include "TWProtocol/TWProtoUpgrade.h"
 
 using namespace Tarnwick::OrvUpdate;
@@ -177,8 +178,8 @@ TEST_F(PostTopic, EveryChunkNeedsItsDocument) {
 TEST_F(PostTopic, FileThatCannotBeOpenedAnswersTheSystemsError) {
     mStore.putText("Online/Windows x64 All", "a file where a directory should be");
     const int code = post(chunk("abcd", 0, 4));
-    EXPECT_EQ(code, -10020);
-    EXPECT_TRUE(mLog.has(2, "allocwriter fail! errcode:-10020"));
+    EXPECT_EQ(code, errorOf(support::SystemError::BelowAFile));
+    EXPECT_TRUE(mLog.has(2, "allocwriter fail! errcode:" + std::to_string(code)));
 }
 
 TEST_F(PostTopic, LocalEntryStaysWhenTheFileCannotBeOpened) {
