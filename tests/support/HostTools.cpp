@@ -11,13 +11,16 @@ std::string quoted(const std::string& word) {
 
 }  // namespace
 
+std::string shellWords(const std::vector<std::string>& words) {
+    std::string text = "LC_ALL=C.UTF-8";
+    for (const auto& word : words) text += " " + quoted(word);
+    return text;
+}
+
 std::string shellCommand(const ToolCall& call, const std::string& results) {
     std::string command;
     if (!call.directory.empty()) command = "cd " + quoted(toolPath(call.directory)) + " && ";
-    // The tools are to take names and texts as UTF-8, whatever the user speaks.
-    command += "LC_ALL=C.UTF-8";
-    for (const auto& word : call.words) command += " " + quoted(word);
-    command += " <" + (call.input.empty() ? "/dev/null" : quoted(toolPath(call.input)));
+    command += shellWords(call.words) + " <" + (call.input.empty() ? "/dev/null" : quoted(toolPath(call.input)));
     return command + " >" + quoted(toolPath(results + "/out")) + " 2>" + quoted(toolPath(results + "/err"));
 }
 

@@ -216,7 +216,8 @@ std::string compilePackage(const std::string& script, const PackageSpec::Files& 
         fs::remove_all(stage);
     }
     if (fs::path(outPath).has_parent_path()) fs::create_directories(fs::path(outPath).parent_path());
-    fs::copy_file(cached, outPath, fs::copy_options::overwrite_existing);
+    fs::remove(outPath);  // to put one file in the place of another is more than every standard library can
+    fs::copy_file(cached, outPath);
     return outPath;
 }
 

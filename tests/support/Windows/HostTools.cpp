@@ -1,29 +1,13 @@
 #include "HostTools.h"
 
 #include "FileText.h"
+#include "ProgramCall.h"
 #include "TempDir.h"
 #include "WideText.h"
 #include "WineShell.h"
 
 namespace support {
 namespace {
-
-/// A word as the usual start-up code of programs splits it off the command line again.
-std::wstring quoted(const std::wstring& word) {
-    std::wstring out = L"\"";
-    size_t backslashes = 0;
-    for (const wchar_t c : word) {
-        if (c == L'\\') {
-            ++backslashes;
-            continue;
-        }
-        // Before a quote each backslash counts double; elsewhere it stands for itself.
-        out.append(c == L'"' ? 2 * backslashes + 1 : backslashes, L'\\');
-        backslashes = 0;
-        out += c;
-    }
-    return out.append(2 * backslashes, L'\\') + L"\"";
-}
 
 /// A file that the program started next inherits.
 class Stream {
@@ -49,27 +33,8 @@ int runProgram(const ToolCall& call, const std::string& results) {
     const Stream in(call.input.empty() ? "NUL" : call.input, GENERIC_READ, OPEN_EXISTING);
     const Stream out(results + "/out", GENERIC_WRITE, CREATE_ALWAYS);
     const Stream err(results + "/err", GENERIC_WRITE, CREATE_ALWAYS);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = in.handle();
-    startup.hStdOutput = out.handle();
-    startup.hStdError = err.handle();
-
-    std::wstring line;
-    for (const auto& word : call.words) line += (line.empty() ? L"" : L" ") + quoted(wide(word));
-    const std::wstring directory = wide(call.directory);
-    PROCESS_INFORMATION started{};
-    if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
-                         directory.empty() ? nullptr : directory.c_str(), &startup, &started) == 0) {
-        return -1;
-    }
-    DWORD code = 0;
-    ::WaitForSingleObject(started.hProcess, INFINITE);
-    ::GetExitCodeProcess(started.hProcess, &code);
-    ::CloseHandle(started.hThread);
-    ::CloseHandle(started.hProcess);
-    return static_cast<int>(code);
+    const HANDLE process = startProgram(call.words, call.directory, {in.handle(), out.handle(), err.handle()});
+    return process != nullptr ? endOf(process) : -1;
 }
 
 }  // namespace

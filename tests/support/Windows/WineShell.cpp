@@ -56,11 +56,7 @@ std::string unixPath(const std::string& path) {
     return text;
 }
 
-int runInShell(const std::string& command) {
-    const TempDir directory;
-    const std::string script = directory.path() + "/command";
-    writeText(script, "(" + command + "\n)\necho $?\n");
-
+sockets::Socket startInShell(const std::string& script) {
     uint16_t port = 0;
     const auto listener = sockets::listenOnLoopback(port);
     const auto ours = sockets::connectToLoopback(port);
@@ -68,8 +64,16 @@ int runInShell(const std::string& command) {
     sockets::close(listener);
     startShell(script, theirs);
     sockets::close(theirs);
-    const std::string answer = receiveAll(ours);
-    sockets::close(ours);
+    return ours;
+}
+
+int runInShell(const std::string& command) {
+    const TempDir directory;
+    const std::string script = directory.path() + "/command";
+    writeText(script, "(" + command + "\n)\necho $?\n");
+    const auto output = startInShell(script);
+    const std::string answer = receiveAll(output);
+    sockets::close(output);
     return answer.empty() ? -1 : std::stoi(answer);
 }
 

@@ -1,5 +1,7 @@
 // Compatibility documents in files.
 #include "CompatibilityFixture.h"
+#include "Devices.h"
+#include "FileKinds.h"
 #include "FileText.h"
 #include "TempDir.h"
 
@@ -50,7 +52,7 @@ TEST_F(DocumentFile, ThatIsADirectoryGivesCode1) { EXPECT_EQ(codeOf(mDir.path())
 
 TEST_F(DocumentFile, WithoutAPathGivesCode1) { EXPECT_EQ(codeOf(""), -1); }
 
-TEST_F(DocumentFile, ThatTellsNoLengthGivesCode1) { EXPECT_EQ(codeOf("/dev/zero"), -1); }
+TEST_F(DocumentFile, ThatTellsNoLengthGivesCode1) { EXPECT_EQ(codeOf(support::kDeviceWithoutLength), -1); }
 
 TEST_F(DocumentFile, ThatIsNoJsonGivesCode301) {
     support::writeText(path(), "no document");
@@ -63,8 +65,7 @@ TEST_F(DocumentFile, WithoutAVersionGivesCode301) {
 }
 
 TEST_F(DocumentFile, LongerThanAnyJsonGivesCode301WithoutBeingRead) {
-    support::writeText(path(), R"({"Version":"1.0"})");
-    std::filesystem::resize_file(path(), uint64_t{1} << 40);  // a hole that no memory holds
+    support::makeSparse(path(), uint64_t{1} << 40);  // a hole that no memory holds
     EXPECT_EQ(codeOf(path()), -301);
 }
 

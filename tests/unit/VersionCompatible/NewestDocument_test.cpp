@@ -1,7 +1,7 @@
 // Which document a node holds, and what lies on its disk.
 #include "FileSizeLimit.h"
 #include "NewestFixture.h"
-#include "WithoutRights.h"
+#include "UnwritableDirectory.h"
 
 namespace Tarnwick::OrvUpdate {
 
@@ -103,7 +103,7 @@ TEST_F(NewestDocumentTest, SurvivesARestart) {
 
 TEST_F(NewestDocumentTest, IsHeldThoughItsDirectoryCannotBeWritten) {
     std::filesystem::create_directory(directory());
-    const support::WithoutRights refused;
+    const support::UnwritableDirectory refused(directory());
     const auto newest = make();
     newest->loadLocalmaxVersionCompatibleFile(SharedBuffer(newer("3.0")));
     EXPECT_EQ(newest->compatibleVersion(), "3.0");

@@ -50,7 +50,7 @@ TEST_F(NewestFetch, TakesANewerDocumentAndSavesItAsReceived) {
     mPeer.serve(kPath, text);
     ask(mPeer);
     ASSERT_TRUE(reaches(mNewest, "9.0"));
-    EXPECT_TRUE(support::eventually([&] { return fileText() == text; }));
+    EXPECT_TRUE(saves(mNewest, text));
     EXPECT_TRUE(
         mNewest->checkClientToSystemVersionIsCompatible(VersionType_Client, component("7.1"), component("7.2")));
 }
@@ -171,7 +171,7 @@ TEST_P(NewestBrokenPeer, ChangesNothingAndHoldsUpNobody) {
     ask(broken);
     ASSERT_TRUE(broken.waitForRequests(1));
     askAnother("7.0");
-    EXPECT_TRUE(support::eventually([&] { return fileText() == newer("7.0"); }));
+    EXPECT_TRUE(saves(mNewest, newer("7.0")));
     endEverything();
     EXPECT_EQ(fileText(), newer("7.0"));
 }
@@ -238,7 +238,7 @@ TEST_F(NewestFetch, KeepsTheHigherOfTwoThatRunAtOnceWhicheverEndsFirst) {
         ASSERT_TRUE(reaches(mNewest, higherFirst ? high : low));
         last.release(kPath);
         EXPECT_TRUE(reaches(mNewest, high));
-        EXPECT_TRUE(support::eventually([&] { return fileText() == newer(high); }));
+        EXPECT_TRUE(saves(mNewest, newer(high)));
     }
 }
 
@@ -262,7 +262,7 @@ TEST_F(NewestFetch, ManyAtOnceEndWithTheHighest) {
     for (auto& peer : peers) peer.serve(kPath, newer("2." + std::to_string(++version)));
     for (auto& peer : peers) mNewest->inputSystemServerInfo(addressOf(peer), "peer", "9.0");
     EXPECT_TRUE(reaches(mNewest, "2.12"));
-    EXPECT_TRUE(support::eventually([&] { return fileText() == newer("2.12"); }));
+    EXPECT_TRUE(saves(mNewest, newer("2.12")));
 }
 
 }  // namespace Tarnwick::OrvUpdate

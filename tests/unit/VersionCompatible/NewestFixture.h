@@ -36,6 +36,15 @@ protected:
     static bool reaches(const std::shared_ptr<maxVersionCompatible>& newest, const std::string& version) {
         return support::eventually([&] { return newest->compatibleVersion() == version; });
     }
+    /// Waits for the document on the disk. It is looked for by the node's own reading, which never keeps the file from
+    /// being replaced, as another's may.
+    bool saves(const std::shared_ptr<maxVersionCompatible>& newest, const std::string& text) const {
+        const bool saved = support::eventually([&] {
+            SharedBuffer held;
+            return newest->getVersionCompatibleBuffer(held) && held.toStdString() == text;
+        });
+        return saved && fileText() == text;
+    }
     static NetAddr addressOf(const support::LoopbackServer& server) { return {"127.0.0.1", server.port()}; }
     static std::string askedFor(const support::HttpRequest& request) {
         return support::parse(request.body)["serverid"]->toString("");

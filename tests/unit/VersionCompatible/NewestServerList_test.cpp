@@ -92,7 +92,7 @@ TEST_F(NewestServerList, AdoptsTheHighestOfWhatItsServersHold) {
     mSecond.serve(kPath, newer("5.0"));
     mNewest->inputSystemServerListInfo({{"a", server("a", line(mFirst))}, {"b", server("b", line(mSecond))}});
     EXPECT_TRUE(reaches(mNewest, "5.0"));
-    EXPECT_TRUE(support::eventually([&] { return fileText() == newer("5.0"); }));
+    EXPECT_TRUE(saves(mNewest, newer("5.0")));
 }
 
 TEST_F(NewestServerList, PassesThroughTheOperationThatAClassPutsInPlaceOfTheFetch) {

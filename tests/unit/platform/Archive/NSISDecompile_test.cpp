@@ -1,7 +1,6 @@
 #include "Archive/NSISDecompile.h"
 
-#include <sys/stat.h>
-
+#include "NamedPipe.h"
 #include "PackageFixture.h"
 #include "VirtualSlot.h"
 
@@ -241,8 +240,8 @@ TEST_F(PackageReader, RefusesAnEmptyPathAndOneWithAZeroByte) {
 }
 
 TEST_F(PackageReader, RefusesAPipeWithoutWaitingForAWriter) {
-    ASSERT_EQ(::mkfifo(path().c_str(), 0600), 0);
-    EXPECT_FALSE(mReader.open(path(), ""));
+    const support::NamedPipe pipe(path());
+    EXPECT_FALSE(mReader.open(pipe.path(), ""));
 }
 
 TEST_F(PackageReader, GivesNameAndCommentOfTheVersionResource) {

@@ -1,5 +1,6 @@
 // Every way in which the package compiler stores a package, with every kind of content, compared with what went in and
 // with what the archiver that users meet makes of it.
+#include "Archiver.h"
 #include "MemoryMeter.h"
 #include "PackageContents.h"
 #include "PackageFixture.h"
@@ -75,8 +76,7 @@ protected:
     }
     /// @param byName else only the contents are compared, which differ among each other
     void expectWhatTheArchiverGives(bool byName) {
-        const std::string command = "7zz x -y -o'" + path("out") + "' '" + path() + "' > '" + path("log") + "' 2>&1";
-        ASSERT_EQ(std::system(command.c_str()), 0) << support::readFile(path("log"));  // NOLINT(concurrency-mt-unsafe)
+        ASSERT_EQ(support::unpackByArchiver(path(), path("out")), "");
         std::multiset<std::string> ours, theirs;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(path("out"))) {
             if (!entry.is_regular_file()) continue;

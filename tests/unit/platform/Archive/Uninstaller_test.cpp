@@ -1,5 +1,6 @@
 // The uninstaller, which is no file in the package but made of the installer itself.
 #include "Archive/ItemReader.h"
+#include "Archiver.h"
 #include "PackageFixture.h"
 #include "SyntheticPackage.h"
 
@@ -75,8 +76,7 @@ TEST_P(Uninstaller, IsAPackageOfItsOwn) {
 TEST_P(Uninstaller, IsWhatTheArchiverMakesOfIt) {
     ASSERT_TRUE(openPackage({.compressor = GetParam().compressor, .solid = GetParam().solid, .uninstaller = true}));
     ASSERT_TRUE(extract());
-    const std::string command = "7zz x -y -o'" + path("out") + "' '" + path() + "' > '" + path("log") + "' 2>&1";
-    ASSERT_EQ(std::system(command.c_str()), 0) << support::readFile(path("log"));  // NOLINT(concurrency-mt-unsafe)
+    ASSERT_EQ(support::unpackByArchiver(path(), path("out")), "");
     EXPECT_TRUE(mSink->content("uninst.exe") == support::readFile(path("out/uninst.exe")));
 }
 

@@ -1,11 +1,11 @@
 // What goes out, what is refused, and the peers that are not trusted.
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-
 #include "CertificateMaker.h"
+#include "EnvironmentVariable.h"
 #include "Fetch.h"
+#include "FileText.h"
+#include "HostTools.h"
 #include "HttpFileServer.h"
+#include "StartedTool.h"
 #include "TempDir.h"
 
 namespace {
@@ -195,21 +195,9 @@ TEST_F(SentRequests, MakeANewConnectionWhenTheKeptOneIsDead) {
     EXPECT_EQ(second.status(), 200);
 }
 
-/// Sets a variable of the environment for as long as it lives.
-class Variable {
-public:
-    Variable(const char* name, const char* value) : mName(name) { ::setenv(name, value, 1); }
-    ~Variable() { ::unsetenv(mName); }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-private:
-    const char* mName;
-};
-
 TEST_F(SentRequests, IgnoreTheProxyOfTheEnvironment) {
-    const Variable proxy("http_proxy", "http://127.0.0.1:1/");
-    const Variable all("ALL_PROXY", "http://127.0.0.1:1/");
+    const EnvironmentVariable proxy("http_proxy", "http://127.0.0.1:1/");
+    const EnvironmentVariable all("ALL_PROXY", "http://127.0.0.1:1/");
     Fetch fetch(mServer.url("/a"));
     EXPECT_EQ(sent(fetch).target, "/a");
     EXPECT_EQ(fetch.status(), 200);
@@ -239,28 +227,25 @@ TEST(SecurePeers, ThatSpeakNoTlsAreRefused) {
 /// A TLS server that serves one connection.
 class TlsServer {
 public:
-    TlsServer(const std::string& directory, const Credential& credential) {
-        const std::string file = directory + "/peer.pem";
-        std::ofstream(file) << credential.certificate << credential.key;
-        mProgram =
-            ::popen(("exec openssl s_server -accept 127.0.0.1:0 -naccept 1 -www -cert " + file + " 2>&1").c_str(), "r");
-        char line[256];
-        while (mProgram && mPort.empty() && std::fgets(line, sizeof line, mProgram)) {
-            const std::string text = line;
-            const auto colon = text.rfind(':');
-            if (text.rfind("ACCEPT", 0) == 0 && colon != std::string::npos)
-                mPort = text.substr(colon + 1, text.find('\n') - colon - 1);
+    TlsServer(const std::string& directory, const Credential& credential)
+        : mProgram({"openssl", "s_server", "-accept", "127.0.0.1:0", "-naccept", "1", "-www", "-cert",
+                    toolPath(saved(directory + "/peer.pem", credential))}) {
+        while (const auto line = mProgram.readLine()) {
+            const auto colon = line->rfind(':');
+            if (!line->starts_with("ACCEPT") || colon == std::string::npos) continue;
+            mPort = line->substr(colon + 1);
+            break;
         }
     }
-    ~TlsServer() {
-        if (mProgram) ::pclose(mProgram);
-    }
-    TlsServer(const TlsServer&) = delete;
-    TlsServer& operator=(const TlsServer&) = delete;
     const std::string& port() const { return mPort; }
 
 private:
-    FILE* mProgram = nullptr;
+    static std::string saved(const std::string& file, const Credential& credential) {
+        writeText(file, credential.certificate + credential.key);
+        return file;
+    }
+
+    StartedTool mProgram;
     std::string mPort;
 };
 
