@@ -8,6 +8,7 @@
 #include "Public/Base/Durability.h"
 #include "Public/Base/ErrorInfo.h"
 #include "Public/Base/File.h"
+#include "Public/Base/FileEntry.h"
 #include "Public/Base/Function.h"
 #include "Public/Base/Guid.h"
 #include "Public/Base/Host.h"

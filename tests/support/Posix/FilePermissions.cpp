@@ -1,0 +1,3 @@
+#include "FilePermissions.h"
+
+const unsigned support::kUnusualPermissions = 0750;
