@@ -12,7 +12,7 @@ prefix=$work/prefix
 jobs=$(nproc)
 
 fetch() {
-  "$here/fetch-source.sh" bookworm "$work/source" curl openssl libdeflate
+  "$here/fetch-source.sh" bookworm "$work/source" curl openssl libdeflate cpp-httplib
   # The next release's decodes twice as fast; this one's does where that is not to be had.
   "$here/fetch-source.sh" trixie "$work/source" xz-utils || "$here/fetch-source.sh" bookworm "$work/source" xz-utils
 }
@@ -30,7 +30,8 @@ cross() {
 # Headers alone, used from Debian's own packages.
 copy_headers() {
   mkdir -p "$prefix/include" "$prefix/lib/cmake"
-  cp -r /usr/include/nlohmann /usr/include/spdlog /usr/include/fmt /usr/include/httplib.h "$prefix/include/"
+  cp -r /usr/include/nlohmann /usr/include/spdlog /usr/include/fmt "$prefix/include/"
+  cp "$work/source/cpp-httplib/httplib.h" "$prefix/include/"  # Debian's own belongs to a compiled library
   mkdir -p "$prefix/share/cmake"
   cp -r /usr/share/cmake/nlohmann_json "$prefix/share/cmake/"
   # Debian's description names a compiled library, so here is one for the headers alone.

@@ -10,16 +10,16 @@ using namespace Tarnwick::OrvUpdate;
 
 namespace {
 
-/// Starts programs with the rights of this one. The nodes share this process, which goes on, so that the installer is
-/// given no process whose end it would have to wait for.
-bool startWithoutWaiting(const Public::Base::ProgramStart& ordered) {
+/// The nodes share this process, which goes on, so that the installer is given no process whose end it would have to
+/// wait for.
+bool startWithoutWaiting(const Public::Base::ProgramStart& ordered, bool elevated) {
     Public::Base::ProgramStart start = ordered;
     const std::string process = "\"" + std::to_string(Public::Base::Process::getProcessId()) + "\"";
     const size_t at = start.parameters.find(process);
     if (at != std::string::npos) start.parameters.replace(at, process.size(), "\"0\"");
     Public::Base::System::setProgramStarter({});
     std::printf("\n");  // the engine has named the program that it starts
-    return Public::Base::System::startPlain(start);
+    return elevated ? Public::Base::System::startElevated(start) : Public::Base::System::startPlain(start);
 }
 
 using Files = std::map<std::string, std::string>;
@@ -51,7 +51,9 @@ Cluster::Host ClusterStory::hostOfServerB() {
 }
 
 bool ClusterStory::launchInstaller(const Entry& entry) {
-    Public::Base::System::setProgramStarter(startWithoutWaiting);
+    Public::Base::System::setProgramStarter([elevated = mElevated](const Public::Base::ProgramStart& start) {
+        return startWithoutWaiting(start, elevated);
+    });
     const auto drive = IInstaller::createRemoteInstaller(mCluster.at("client-1").request, entry, "server-b");
     if (drive->start("", true, {})) return false;
     // A question may overtake the order: the server then knows of no installation, which the order's answer mends.

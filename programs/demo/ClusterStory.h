@@ -27,7 +27,7 @@ public:
         SitePackage ofUser;
     };
 
-    ClusterStory(Narration& narration, const Site& site, UpdateCloud& cloud, Packages packages);
+    ClusterStory(Narration& narration, const Site& site, UpdateCloud& cloud, Packages packages, bool elevated);
     ~ClusterStory();
     ClusterStory(const ClusterStory&) = delete;
     ClusterStory& operator=(const ClusterStory&) = delete;
@@ -70,6 +70,7 @@ private:
     const Site& mSite;
     UpdateCloud& mCloud;
     const Packages mPackages;
+    const bool mElevated;  // whether the installer is started with raised rights
     CompatibilityPage mPage;
     std::shared_ptr<Tarnwick::OrvUpdate::maxVersionCompatible> mRules;
     std::atomic<bool> mAgreed{false};     // the host of server-b, to its installation

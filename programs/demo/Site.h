@@ -1,6 +1,7 @@
 // One machine of the demonstration: its programs, its store, and what is installed on it.
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <string>
 
@@ -24,8 +25,13 @@ public:
 
 private:
     std::string mRoot;
+    const std::filesystem::path
+        mHere;  // the directory of this program, before the demonstration gives it out for another
     bool mKeep;
 };
+
+/// The path of that text, which is UTF-8.
+std::filesystem::path sitePath(const std::string& text);
 
 /// Everything that a file holds.
 std::string readFile(const std::string& path);

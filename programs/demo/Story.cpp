@@ -1,7 +1,8 @@
 #include "Story.h"
 
+#include <algorithm>
 #include <chrono>
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <thread>
@@ -19,32 +20,42 @@ constexpr auto kReportWithin = std::chrono::seconds(60);
 constexpr size_t kUsualLine = 400000;
 constexpr size_t kSlowLine = 60000;
 
-/// One word of a command line, whatever is in it.
-std::string inQuotes(const std::string& text) {
-#if defined(_WIN32)
-    return "\"" + text + "\"";
-#else
-    std::string quoted = "'";
-    for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-#endif
-}
-
-/// Runs a command line to its end. @return its exit status
-int run(const std::string& commandLine) {
-    const int status = std::system(commandLine.c_str());
-#if defined(WIFEXITED)
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;  // -1: ended by a signal
-#else
-    return status;
-#endif
-}
-
 }  // namespace
 
 SitePackage Story::of(const Package& package) { return {package.release, package.file}; }
 
-Story::Story(bool keep) : mSite(keep) {}
+Story::Story(const Options& options) : mOptions(options), mSite(options.keep), mCloud(options.cloud) {}
+
+std::vector<Story::Package*> Story::allPackages() { return {&mOld, &mNew, &mNext, &mBrought, &mBroken}; }
+
+std::vector<std::string> Story::makingOf(const Package& package) {
+    return {"--layout",
+            package.layout,
+            "--size",
+            std::to_string(package.kibibytes),
+            "--version",
+            package.release.version,
+            package.release.version + ".exe"};
+}
+
+void Story::listPackages() {
+    for (const Package* package : allPackages()) {
+        std::string line;
+        for (const auto& word : makingOf(*package)) line += (line.empty() ? "" : " ") + word;
+        std::printf("%s\n", line.c_str());
+    }
+}
+
+/// Takes it from where packages were made beforehand, or makes it.
+bool Story::obtain(const Package& package) {
+    if (!mOptions.packages.empty()) {
+        return Public::Base::File::copy(mOptions.packages + "/" + package.release.version + ".exe", package.file);
+    }
+    std::vector<std::string> words = makingOf(package);
+    words.insert(words.begin(), ORV_DEMO_MAKE_PACKAGE);
+    words.back() = package.file;
+    return Public::Base::Process::run(words) == 0;
+}
 
 int Story::tell() {
     if (!makePackages()) return 1;
@@ -53,24 +64,19 @@ int Story::tell() {
     refuseTampered();
     restoreFailed();
     cancelHalfWay();
-    ClusterStory(mNarration, mSite, mCloud, {of(mOld), of(mNew), of(mBrought)}).tell();
+    ClusterStory(mNarration, mSite, mCloud, {of(mOld), of(mNew), of(mBrought)}, mOptions.elevated).tell();
     return mNarration.unexpected();
 }
 
 bool Story::makePackages() {
-    mNarration.step("The package compiler makes four packages");
-    for (Package* package : {&mOld, &mNew, &mNext, &mBrought}) {
+    mNarration.step("The package compiler makes five packages");
+    const auto packages = allPackages();
+    return std::all_of(packages.begin(), packages.end(), [this](Package* package) {
         package->file = mSite.path("packages/" + package->release.version + ".exe");
-        const bool made = run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout " + package->layout + " --size " +
-                              std::to_string(package->kibibytes) + " --version " + package->release.version + " " +
-                              inQuotes(package->file)) == 0;
-        if (!mNarration.expect(
-                made, package->release.version,
-                package->layout + " layout, " + std::to_string(made ? fs::file_size(package->file) : 0) + " bytes")) {
-            return false;
-        }
-    }
-    return true;
+        const bool made = obtain(*package);
+        const std::string size = std::to_string(made ? Public::Base::File::getLength(package->file) : 0);
+        return mNarration.expect(made, package->release.version, package->layout + " layout, " + size + " bytes");
+    });
 }
 
 void Story::installOldVersion() {
@@ -110,25 +116,19 @@ void Story::refuseTampered() {
     const auto before = mSite.files("installed");
     const int status = runHost(mNew.release.version, false);
     mNarration.expect(status == 4, "host", "has refused the package and goes on, status " + std::to_string(status));
-    mNarration.expect(!fs::exists(mSite.path("store/Online/Windows x64 All/1.13.0.1/1.13.0.1.exe")), "store",
+    mNarration.expect(!fs::exists(sitePath(mSite.path("store/Online/Windows x64 All/1.13.0.1/1.13.0.1.exe"))), "store",
                       "the package has been thrown away");
     expectUnchanged(before);
 }
 
 void Story::restoreFailed() {
     mNarration.step("An installation fails half-way: a directory stands where a file must go");
-    // The tree package again, as if newer, so that several files are replaced before the obstacle.
-    Package broken{
-        {"1.12.5.0", "2026-08-01 08:00:00", "meets an obstacle"}, "tree", mSite.path("packages/1.12.5.0.exe")};
-    const bool made =
-        run(inQuotes(ORV_DEMO_MAKE_PACKAGE) + " --layout tree --version 1.12.5.0 " + inQuotes(broken.file)) == 0;
-    mNarration.expect(made, broken.release.version, "made");
-    const fs::path obstacle = mSite.path("installed/tools/OrvService.exe");
+    const fs::path obstacle = sitePath(mSite.path("installed/tools/OrvService.exe"));
     fs::remove(obstacle);
     fs::create_directories(obstacle / "in the way");
     const auto before = mSite.files("installed");
-    mCloud.publish(broken.release);
-    mCloud.offer(broken.release, readFile(broken.file), kUsualLine);
+    mCloud.publish(mBroken.release);
+    mCloud.offer(mBroken.release, readFile(mBroken.file), kUsualLine);
     const int status = runHost(mNew.release.version, false);
     mNarration.expect(status == 0, "host", "has ended with status " + std::to_string(status));
     const Report report = waitForReport();
@@ -153,11 +153,14 @@ void Story::expectUnchanged(const Files& before) {
 }
 
 int Story::runHost(const std::string& runningVersion, bool cancel) {
-    fs::remove(mSite.path("report.json"));
-    return run(inQuotes(mSite.path("program/orvhost")) + " " + runningVersion + " " + inQuotes(mSite.path("store")) +
-               " " + inQuotes(mSite.path("installed")) + " " + inQuotes(mSite.path("report.json")) + " " +
-               inQuotes(mSite.path("backup")) + " " + inQuotes(mSite.path("machine/Windows/system32")) +
-               (cancel ? " cancel" : ""));
+    fs::remove(sitePath(mSite.path("report.json")));
+    std::vector<std::string> words{mSite.path("program/") + ORV_DEMO_HOST, runningVersion};
+    for (const char* place : {"store", "installed", "report.json", "backup", "machine/Windows/system32"}) {
+        words.push_back(mSite.path(place));
+    }
+    if (cancel) words.emplace_back("cancel");
+    if (mOptions.elevated) words.emplace_back("elevated");
+    return Public::Base::Process::run(words);
 }
 
 Story::Report Story::waitForReport() const {

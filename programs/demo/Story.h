@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "ClusterStory.h"
 #include "Narration.h"
@@ -13,9 +14,18 @@
 /// several nodes.
 class Story {
 public:
-    explicit Story(bool keep);
+    struct Options {
+        UpdateCloud& cloud;
+        bool keep = false;          ///< its files, for somebody to look at
+        bool elevated = false;      ///< starts the installer with raised rights, as a real host does
+        std::string packages = {};  ///< where the packages lie that it would make otherwise
+    };
+
+    explicit Story(const Options& options);
     /// @return how many things were not as expected
     int tell();
+    /// Prints the arguments with which the script makes each of its packages, one package a line.
+    void listPackages();
 
 private:
     struct Package {
@@ -29,6 +39,9 @@ private:
         std::string reason;  ///< to be put behind it; empty without an error
     };
     static SitePackage of(const Package& package);
+    static std::vector<std::string> makingOf(const Package& package);
+    std::vector<Package*> allPackages();
+    bool obtain(const Package& package);
 
     using Files = std::map<std::string, std::string>;
 
@@ -45,11 +58,14 @@ private:
     Report waitForReport() const;
     void expectUnchanged(const Files& before);
 
+    const Options mOptions;
     Narration mNarration;
     Site mSite;
-    UpdateCloud mCloud;
+    UpdateCloud& mCloud;
     Package mOld{{"1.11.0.8", "2026-02-02 09:00:00", "first installation"}, "tree", ""};
     Package mNew{{"1.12.0.3", "2026-05-11 10:30:00", "faster playback, new store"}, "tree", ""};
     Package mNext{{"1.13.0.1", "2026-09-21 08:15:00", "packed as one file a component"}, "msi", ""};
     Package mBrought{{"1.14.0.2", "2026-11-02 11:00:00", "brought by a user"}, "tree", "", 500};
+    // As if newer than the second, and of its layout, so that several files are replaced before the obstacle.
+    Package mBroken{{"1.12.5.0", "2026-08-01 08:00:00", "meets an obstacle"}, "tree", ""};
 };

@@ -1,19 +1,10 @@
-// An update cloud on loopback.
+// The update cloud of the demonstration.
 #pragma once
 
-#include <atomic>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
-namespace httplib {
-class Server;
-}
-
-/// Announces one version and its notes, and serves the package: what a real cloud does, from memory. Serves on threads
-/// of its own until it is destroyed.
+/// Announces one version and its notes, and serves the package: what a real cloud does, from memory.
 class UpdateCloud {
 public:
     struct Release {
@@ -22,30 +13,12 @@ public:
         std::string note;
     };
 
-    UpdateCloud();
-    ~UpdateCloud();
+    virtual ~UpdateCloud() = default;
 
     /// Host and port.
-    std::string address() const;
+    virtual std::string address() const = 0;
     /// From now on this version is on offer, with that package. @param bytesPerSecond 0 is as fast as it goes
-    void offer(const Release& release, const std::string& packageBytes, size_t bytesPerSecond);
+    virtual void offer(const Release& release, const std::string& packageBytes, size_t bytesPerSecond) = 0;
     /// Adds a release note to the list, newest last.
-    void publish(const Release& release);
-    /// Requests served so far, one line each.
-    std::vector<std::string> requests() const;
-
-private:
-    void serve();
-    std::string versionDocument() const;
-    std::string notesDocument() const;
-
-    std::unique_ptr<httplib::Server> mServer;
-    int mPort = 0;
-    std::thread mThread;
-    mutable std::mutex mMutex;  // guards all below
-    Release mOffered;
-    std::shared_ptr<const std::string> mPackage;
-    size_t mBytesPerSecond = 0;
-    std::vector<Release> mReleases;
-    std::vector<std::string> mRequests;
+    virtual void publish(const Release& release) = 0;
 };

@@ -1,8 +1,9 @@
 // A host program: asks the update cloud, and upgrades itself to the newest version that it finds there.
-//   orvhost VERSION STORE INSTALL_DIR REPORT_FILE BACKUP_DIR SYSTEM_DIR [cancel]
+//   orvhost VERSION STORE INSTALL_DIR REPORT_FILE BACKUP_DIR SYSTEM_DIR [cancel] [elevated]
+// Without "elevated" the installer is started with the rights that this program has.
 // Exit status: 0 the installer was launched, 3 nothing newer, 4 refused or failed, 5 cancelled.
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <future>
 #include <string>
 
@@ -102,20 +103,26 @@ int upgradeTo(IVersionRequest& request, const std::shared_ptr<IVersionRequest>& 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 7) {
-        std::fprintf(stderr, "usage: orvhost VERSION STORE INSTALL_DIR REPORT_FILE BACKUP_DIR SYSTEM_DIR [cancel]\n");
+    const std::vector<std::string> words = Public::Base::Process::arguments(argc, argv);
+    if (words.size() < 7) {
+        std::fprintf(stderr,
+                     "usage: orvhost VERSION STORE INSTALL_DIR REPORT_FILE BACKUP_DIR SYSTEM_DIR [cancel] "
+                     "[elevated]\n");
         return 2;
     }
-    const Version running(argv[1], 0);
-    const std::string store = argv[2], installDir = argv[3], reportFile = argv[4], backupDir = argv[5];
-    const bool cancel = argc > 7 && std::strcmp(argv[7], "cancel") == 0;
-    Public::Base::System::setSystemDirectory(argv[6]);
+    const Version running(words[1], 0);
+    const std::string store = words[2], installDir = words[3], reportFile = words[4], backupDir = words[5];
+    const auto wants = [&](const char* word) { return std::find(words.begin() + 7, words.end(), word) != words.end(); };
+    const bool cancel = wants("cancel");
+    Public::Base::System::setSystemDirectory(words[6]);
     Public::Base::setLogSink([](const Public::Base::LogEntry&) {});
-    // Everything that the demonstration touches is its own, so that nobody need be asked for raised rights.
-    Public::Base::System::setProgramStarter([](const Public::Base::ProgramStart& start) {
-        Public::Base::System::setProgramStarter({});
-        return Public::Base::System::startPlain(start);
-    });
+    if (!wants("elevated")) {
+        // Everything that the demonstration touches is its own, so that nobody need be asked for raised rights.
+        Public::Base::System::setProgramStarter([](const Public::Base::ProgramStart& start) {
+            Public::Base::System::setProgramStarter({});
+            return Public::Base::System::startPlain(start);
+        });
+    }
 
     Tarnwick::MQ::NodeOptions node;
     node.id = node.serverId = "server-1";

@@ -1,6 +1,8 @@
 // A server that keeps itself up to date: orvexample STORE INSTALL_DIR
 #include <cstdio>
 #include <future>
+#include <string>
+#include <vector>
 
 #include "OrvUpdate.h"
 #include "Public/Base.h"
@@ -10,7 +12,8 @@
 using namespace Tarnwick::OrvUpdate;
 
 int main(int argc, char** argv) {
-    if (argc != 3) return 2;
+    const std::vector<std::string> words = Public::Base::Process::arguments(argc, argv);  // in UTF-8 on every system
+    if (words.size() != 3) return 2;
 
     // One thread pool, one queue object, one request for the life of the program.
     const auto worker = IOWorker::create(2);
@@ -28,7 +31,7 @@ int main(int argc, char** argv) {
             outcome.set_value("upgrading");
             return true;
         },
-        argv[1]);
+        words[1]);
     if (started) return 1;
 
     // Ask the cloud; the answer comes on a thread of the worker.
@@ -49,7 +52,7 @@ int main(int argc, char** argv) {
 
     // Fetch, test, launch. What goes wrong later reaches onError; what goes well ends in the callback above.
     request->install(
-        newest, argv[2], true, [&outcome](const ErrorInfo&) { outcome.set_value("failed"); },
+        newest, words[2], true, [&outcome](const ErrorInfo&) { outcome.set_value("failed"); },
         [] { std::printf("the package has arrived\n"); }, [] { std::printf("the package is sound\n"); });
     std::printf("%s\n", outcome.get_future().get());
     return 0;

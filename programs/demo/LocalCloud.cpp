@@ -1,4 +1,4 @@
-#include "UpdateCloud.h"
+#include "LocalCloud.h"
 
 #include <httplib.h>
 
@@ -11,7 +11,15 @@
 using Public::Base::JsonValue;
 using Public::Base::WriteStyle_Indented;
 
-UpdateCloud::UpdateCloud() : mServer(std::make_unique<httplib::Server>()) {
+namespace {
+
+UpdateCloud::Release releaseOf(const httplib::Request& request) {
+    return {request.get_param_value("version"), request.get_param_value("date"), request.get_param_value("note")};
+}
+
+}  // namespace
+
+LocalCloud::LocalCloud() : mServer(std::make_unique<httplib::Server>()) {
     serve();
     mPort = mServer->bind_to_any_port("127.0.0.1");
     if (mPort < 0) throw std::runtime_error("no port on 127.0.0.1 can be had");
@@ -19,31 +27,26 @@ UpdateCloud::UpdateCloud() : mServer(std::make_unique<httplib::Server>()) {
     while (!mServer->is_running()) std::this_thread::yield();  // it cannot be stopped before
 }
 
-UpdateCloud::~UpdateCloud() {
+LocalCloud::~LocalCloud() {
     mServer->stop();
     mThread.join();
 }
 
-std::string UpdateCloud::address() const { return "127.0.0.1:" + std::to_string(mPort); }
+std::string LocalCloud::address() const { return "127.0.0.1:" + std::to_string(mPort); }
 
-void UpdateCloud::offer(const Release& release, const std::string& packageBytes, size_t bytesPerSecond) {
+void LocalCloud::offer(const Release& release, const std::string& packageBytes, size_t bytesPerSecond) {
     std::lock_guard lock(mMutex);
     mOffered = release;
     mPackage = std::make_shared<const std::string>(packageBytes);
     mBytesPerSecond = bytesPerSecond;
 }
 
-void UpdateCloud::publish(const Release& release) {
+void LocalCloud::publish(const Release& release) {
     std::lock_guard lock(mMutex);
     mReleases.push_back(release);
 }
 
-std::vector<std::string> UpdateCloud::requests() const {
-    std::lock_guard lock(mMutex);
-    return mRequests;
-}
-
-std::string UpdateCloud::versionDocument() const {
+std::string LocalCloud::versionDocument() const {
     JsonValue document;
     document["softversion"] = mOffered.version;
     document["description"] = mOffered.note;
@@ -51,7 +54,7 @@ std::string UpdateCloud::versionDocument() const {
     return document.toStyledString(WriteStyle_Indented).toStdString();
 }
 
-std::string UpdateCloud::notesDocument() const {
+std::string LocalCloud::notesDocument() const {
     JsonValue document;
     JsonValue& list = document["data"]["orvVersionInfo"];
     for (auto release = mReleases.rbegin(); release != mReleases.rend(); ++release) {
@@ -64,11 +67,7 @@ std::string UpdateCloud::notesDocument() const {
     return document.toStyledString(WriteStyle_Indented).toStdString();
 }
 
-void UpdateCloud::serve() {
-    mServer->set_logger([this](const httplib::Request& request, const httplib::Response& response) {
-        std::lock_guard lock(mMutex);
-        mRequests.push_back(request.method + " " + request.path + " " + std::to_string(response.status));
-    });
+void LocalCloud::serve() {
     mServer->Get("/version", [this](const httplib::Request&, httplib::Response& response) {
         std::lock_guard lock(mMutex);
         response.set_content(versionDocument(), "application/json");
@@ -90,4 +89,10 @@ void UpdateCloud::serve() {
                                           return true;
                                       });
     });
+    // What a demonstration in another process asks of it.
+    mServer->Put("/demonstration/offer", [this](const httplib::Request& request, httplib::Response&) {
+        offer(releaseOf(request), request.body, std::stoull("0" + request.get_param_value("rate")));
+    });
+    mServer->Put("/demonstration/note",
+                 [this](const httplib::Request& request, httplib::Response&) { publish(releaseOf(request)); });
 }
