@@ -32,5 +32,10 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrvUpdateConfig.cmake ${CMAKE_CURRENT_
 # It finds the tree by its own place, so that the tree may lie anywhere.
 file(RELATIVE_PATH ORV_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" ORV_PREFIX_FROM_PC ${ORV_PREFIX_FROM_PC})
+if(WIN32)
+  set(ORV_PC_LIBRARIES "-lOrvUpdate")
+else()
+  set(ORV_PC_LIBRARIES "-lOrvUpdate -lOrvPlatform")
+endif()
 configure_file(cmake/OrvUpdate.pc.in OrvUpdate.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/OrvUpdate.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

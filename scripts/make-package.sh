@@ -11,6 +11,7 @@
 #   -c, --compressor NAME   lzma, zlib or bzip2 (default lzma)
 #       --separate          packs files one by one instead of in one stream
 #       --ansi              a package that is not Unicode
+#       --wide              a package that is itself a 64-bit program
 #       --checksum on|off|force
 #   -p, --product TEXT      product name (default "Orv Suite")
 #   -m, --comment TEXT      comment (default: product, version and word size)
@@ -19,7 +20,7 @@
 # The same options and content give the same bytes. Needs makensis 3.
 set -euo pipefail
 
-version=1.0.0.0 bits=64 layout=tree input='' size=24 compressor=lzma solid=/SOLID unicode=true checksum=on
+version=1.0.0.0 bits=64 layout=tree input='' size=24 compressor=lzma solid=/SOLID unicode=true wide= checksum=on
 product='Orv Suite' comment='' resource=1 out=''
 
 usage() { sed -n '2,/^# The same/p' "$0" | sed 's/^# \{0,1\}//' >&2; exit 2; }
@@ -35,6 +36,7 @@ while [ $# -gt 0 ]; do
     -c|--compressor) compressor=${2-}; shift ;;
     --separate) solid= ;;
     --ansi) unicode=false ;;
+    --wide) wide=1 ;;
     --checksum) checksum=${2-}; shift ;;
     -p|--product) product=${2-}; shift ;;
     -m|--comment) comment=${2-}; shift ;;
@@ -118,6 +120,7 @@ files() {
 }
 
 {
+  [ -z "$wide" ] || echo 'Target amd64-unicode'
   echo "Unicode $unicode"
   echo "SetCompressor /FINAL $solid $compressor"
   echo "CRCCheck $checksum"

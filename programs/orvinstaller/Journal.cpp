@@ -7,9 +7,11 @@
 #include "Paths.h"
 #include "Public/Base/Durability.h"
 #include "Public/Base/File.h"
+#include "Public/Base/FileEntry.h"
 
 using Public::Base::ErrorInfo;
 using Public::Base::File;
+using Public::Base::FileEntry;
 
 namespace {
 
@@ -210,8 +212,7 @@ std::string readJournal(const std::string& text, Journal& journal) {
 JournalFile::JournalFile(const std::string& backupDir) : mBackupDir(backupDir), mPath(below(backupDir, kName)) {}
 
 bool JournalFile::exists() const {
-    std::error_code cannotLook;  // then it may be there
-    return std::filesystem::symlink_status(toPath(mPath), cannotLook).type() != std::filesystem::file_type::not_found;
+    return FileEntry::at(mPath).kind != FileEntry::Kind::Absent;  // one that cannot be looked at may be there
 }
 
 ErrorInfo JournalFile::read(Journal& journal) const {
@@ -231,9 +232,10 @@ ErrorInfo JournalFile::write(const Journal& journal) const {
         file.open(Public::Base::OpenMode_Create) && file.write(text.data(), text.size()) == text.size();
     file.close();
     if (!written || !Public::Base::Durability::sync(unnamed)) return ErrorInfo::getLastError();
-    std::error_code error;
-    std::filesystem::rename(toPath(unnamed), toPath(mPath), error);
-    if (error) return {Public::Base::ErrorCode_Failed, "the journal cannot be put in its place: " + error.message()};
+    if (!FileEntry::rename(unnamed, mPath)) {
+        return {Public::Base::ErrorCode_Failed,
+                "the journal cannot be put in its place: " + ErrorInfo::getLastError().errorMessage()};
+    }
     return Public::Base::Durability::sync(mBackupDir) ? ErrorInfo() : ErrorInfo::getLastError();
 }
 

@@ -17,8 +17,8 @@ struct JournalEntry {
     };
     Kind kind = Kind::AddedFile;
     std::string name;
-    unsigned permissions = 0;  ///< of a replaced file, as the file system library numbers them
-    int64_t modified = 0;      ///< of a replaced file, in ticks of its clock
+    unsigned permissions = 0;  ///< of a replaced file, as FileEntry gives them
+    int64_t modified = 0;      ///< of a replaced file, likewise
     std::string target;        ///< of a replaced link
 
     bool operator==(const JournalEntry&) const = default;

@@ -2,12 +2,20 @@
 
 #include <algorithm>
 
+#include "Public/Base/FileEntry.h"
+#include "Public/Base/StringEx.h"
+
 namespace fs = std::filesystem;
+using Public::Base::StringEx;
 
 fs::path toPath(const std::string& text) {
     std::u8string plain(text.begin(), text.end());
     std::replace(plain.begin(), plain.end(), u8'\\', u8'/');
-    return {plain};
+    try {
+        return {plain};
+    } catch (const std::exception&) {  // no UTF-8, on a system whose names are UTF-16
+        return toPath(StringEx::wstring2string(StringEx::string2wstring(text)));
+    }
 }
 
 std::string toText(const fs::path& path) {
@@ -15,14 +23,7 @@ std::string toText(const fs::path& path) {
     return {text.begin(), text.end()};
 }
 
-fs::path resolved(const std::string& path) {
-    std::error_code error;
-    const fs::path whole = fs::absolute(toPath(path), error);
-    if (error) return {};
-    const fs::path found = fs::weakly_canonical(whole, error);
-    if (error) return {};
-    return found.has_filename() ? found : found.parent_path();
-}
+fs::path resolved(const std::string& path) { return toPath(Public::Base::FileEntry::resolved(path)); }
 
 bool holds(const fs::path& directory, const fs::path& path) {
     return std::mismatch(directory.begin(), directory.end(), path.begin(), path.end()).first == directory.end();

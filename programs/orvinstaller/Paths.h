@@ -4,7 +4,8 @@
 #include <filesystem>
 #include <string>
 
-/// "\\" separates too.
+/// "\\" separates too. Such paths are taken apart and put together; files are looked at by their texts, since only the
+/// platform takes paths of any length.
 std::filesystem::path toPath(const std::string& text);
 
 /// With "/".

@@ -4,10 +4,12 @@
 #include <set>
 
 #include "Paths.h"
+#include "Public/Base/FileEntry.h"
 #include "Public/Base/StringEx.h"
 
 namespace fs = std::filesystem;
 using Public::Base::ErrorInfo;
+using Public::Base::FileEntry;
 
 namespace {
 
@@ -60,30 +62,28 @@ public:
 private:
     bool noteDirectory(const fs::path& relative) {
         if (!mLookedAt.insert(relative).second) return true;
-        std::error_code ignored;
-        const fs::file_type type = fs::symlink_status(mInstallDir / relative, ignored).type();
-        if (type == fs::file_type::not_found) {
+        const FileEntry::Kind kind = FileEntry::at(toText(mInstallDir / relative)).kind;
+        if (kind == FileEntry::Kind::Absent) {
             mDirectories.push_back({JournalEntry::Kind::MadeDirectory, toText(relative), 0, 0, {}});
         }
-        return type != fs::file_type::none;
+        return kind != FileEntry::Kind::Unknown;
     }
 
     ErrorInfo noteFile(const std::string& name) {
-        const fs::path path = mInstallDir / toPath(name);
+        const std::string path = toText(mInstallDir / toPath(name));
         JournalEntry entry{JournalEntry::Kind::AddedFile, name, 0, 0, {}};
-        std::error_code error;
-        const auto status = fs::symlink_status(path, error);
-        if (status.type() == fs::file_type::symlink) {
+        const FileEntry there = FileEntry::at(path);
+        if (there.kind == FileEntry::Kind::Link) {
             entry.kind = JournalEntry::Kind::ReplacedLink;
-            entry.target = toText(fs::read_symlink(path, error));
-        } else if (status.type() == fs::file_type::regular) {
+            if (!FileEntry::readLink(path, entry.target)) return refused(name, "cannot be looked at");
+        } else if (there.kind == FileEntry::Kind::File) {
             entry.kind = JournalEntry::Kind::ReplacedFile;
-            entry.permissions = static_cast<unsigned>(status.permissions());
-            entry.modified = fs::last_write_time(path, error).time_since_epoch().count();
-        } else if (status.type() != fs::file_type::not_found) {
-            return refused(name, "is there already and no file");
+            entry.permissions = there.permissions;
+            entry.modified = there.modified;
+        } else if (there.kind != FileEntry::Kind::Absent) {
+            const bool isUnknown = there.kind == FileEntry::Kind::Unknown;
+            return refused(name, isUnknown ? "cannot be looked at" : "is there already and no file");
         }
-        if (error && status.type() != fs::file_type::not_found) return refused(name, "cannot be looked at");
         (entry.kind == JournalEntry::Kind::AddedFile ? mAdded : mReplaced).push_back(entry);
         return {};
     }

@@ -1,15 +1,15 @@
 #include "Recovery.h"
 
-#include <filesystem>
-
 #include "Journal.h"
 #include "Paths.h"
 #include "Public/Base/DirectoryLock.h"
+#include "Public/Base/FileEntry.h"
 #include "Public/Base/Printer.h"
 #include "Rollback.h"
 
 using Public::Base::DirectoryLock;
 using Public::Base::ErrorInfo;
+using Public::Base::FileEntry;
 
 namespace {
 
@@ -18,8 +18,7 @@ ErrorInfo failed(const std::string& reason) { return {Public::Base::ErrorCode_Fa
 /// A directory that was there and is not, such as one of a disk that is missing, must not be made of a few old files.
 bool hasGone(const Journal& journal) {
     const bool wasThere = journal.entries.empty() || !journal.entries.front().name.empty();
-    std::error_code ignored;
-    return wasThere && !std::filesystem::is_directory(toPath(journal.installDir), ignored);
+    return wasThere && FileEntry::at(toText(resolved(journal.installDir))).kind != FileEntry::Kind::Directory;
 }
 
 ErrorInfo undoJournal(const JournalFile& file, const std::string& backupDir, const std::string& lockedDir) {

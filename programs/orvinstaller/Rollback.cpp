@@ -7,24 +7,24 @@
 #include "Paths.h"
 #include "Public/Base/Durability.h"
 #include "Public/Base/File.h"
+#include "Public/Base/FileEntry.h"
 
 namespace fs = std::filesystem;
 using Public::Base::Durability;
 using Public::Base::ErrorInfo;
 using Public::Base::File;
+using Public::Base::FileEntry;
 using Kind = JournalEntry::Kind;
 
 namespace {
 
-ErrorInfo failed(const fs::path& path, const char* what, const std::error_code& error) {
-    if (!error) return {};
-    return {Public::Base::ErrorCode_Failed, toText(path) + " " + what + ": " + error.message()};
+constexpr size_t kPiece = 1 << 18;
+
+ErrorInfo failed(const std::string& path, const char* what) {
+    return {Public::Base::ErrorCode_Failed, path + " " + what + ": " + ErrorInfo::getLastError().errorMessage()};
 }
 
-fs::file_type typeOf(const fs::path& path) {
-    std::error_code ignored;
-    return fs::symlink_status(path, ignored).type();
-}
+FileEntry::Kind kindOf(const fs::path& path) { return FileEntry::at(toText(path)).kind; }
 
 ErrorInfo syncAll(const std::set<fs::path>& paths) {
     std::vector<std::string> texts;
@@ -32,21 +32,30 @@ ErrorInfo syncAll(const std::set<fs::path>& paths) {
     return Durability::syncAll(texts) ? ErrorInfo() : ErrorInfo::getLastError();
 }
 
-bool openForRestore(File& file, const std::string& path) {
-    if (file.open(path, Public::Base::OpenMode_Create)) return true;
-    // One that may not be written, being read-only or a running program, is made anew.
-    return File::remove(path) && file.open(path, Public::Base::OpenMode_Create);
+bool haveSameContent(const std::string& one, const std::string& other) {
+    File first(one);
+    File second(other);
+    if (!first.open(Public::Base::OpenMode_Read) || !second.open(Public::Base::OpenMode_Read)) return false;
+    uint64_t left = File::getLength(one);
+    if (File::getLength(other) != left) return false;
+    std::string piece(kPiece, '\0');
+    std::string otherPiece(kPiece, '\0');
+    while (left != 0) {
+        const size_t got = first.read(piece.data(), piece.size());
+        if (got == 0 || got > left || second.read(otherPiece.data(), got) != got) return false;
+        if (piece.compare(0, got, otherPiece, 0, got) != 0) return false;
+        left -= got;
+    }
+    return true;
 }
 
 /// Writes to the file itself, which so keeps its owner and its other names, and leaves nothing beside it when it is
 /// broken off; the journal sees to a file that is half written.
-ErrorInfo writeContent(const std::string& from, const std::string& to) {
+ErrorInfo writeContent(const std::string& from, File& output) {
     File input(from);
     if (!input.open(Public::Base::OpenMode_Read)) return ErrorInfo::getLastError();
-    File output;
-    if (!openForRestore(output, to)) return ErrorInfo::getLastError();
     const uint64_t length = File::getLength(from);
-    std::string piece(1 << 18, '\0');
+    std::string piece(kPiece, '\0');
     for (uint64_t done = 0; done < length;) {
         const size_t got = input.read(piece.data(), piece.size());
         if (got == 0) return {Public::Base::ErrorCode_Failed, from + " cannot be read to its end"};
@@ -56,52 +65,63 @@ ErrorInfo writeContent(const std::string& from, const std::string& to) {
     return output.close() ? ErrorInfo() : ErrorInfo::getLastError();
 }
 
+ErrorInfo restoreContent(const JournalEntry& entry, const FileEntry& there, const std::string& saved,
+                         const std::string& path) {
+    if (!File::access(saved, Public::Base::AccessMode_Exists)) return ErrorInfo::getLastError();
+    File output;
+    if (!output.open(path, Public::Base::OpenMode_Create)) {
+        const ErrorInfo refused = ErrorInfo::getLastError();
+        // What kept it from being replaced, being read-only or a running program, keeps it from being restored too.
+        const bool isUntouched = there == FileEntry{FileEntry::Kind::File, entry.permissions, entry.modified};
+        if (isUntouched && haveSameContent(saved, path)) return {};
+        if (!File::remove(path) || !output.open(path, Public::Base::OpenMode_Create)) return refused;
+    }
+    return writeContent(saved, output);
+}
+
 /// Bits beyond those for reading, writing and executing lend the owner's rights, so they go only where the owner
 /// stayed.
 ErrorInfo restoreFile(const JournalEntry& entry, const std::string& installDir, const std::string& backupDir) {
-    const fs::path path = toPath(below(installDir, entry.name));
-    const fs::file_type there = typeOf(path);
-    if (there == fs::file_type::symlink && !File::remove(toText(path))) return ErrorInfo::getLastError();
-    if (!File::makeDirectory(toText(path.parent_path()))) return ErrorInfo::getLastError();
-    if (ErrorInfo error = writeContent(below(backupDir, entry.name), toText(path))) return error;
-    auto permissions = static_cast<fs::perms>(entry.permissions);
-    if (there != fs::file_type::regular) permissions &= fs::perms::all;
-    std::error_code error;
-    fs::permissions(path, permissions, error);
-    if (error) return failed(path, "gets no permissions", error);
-    fs::last_write_time(path, fs::file_time_type(fs::file_time_type::duration(entry.modified)), error);
-    return failed(path, "gets no time", error);
+    const fs::path place = toPath(below(installDir, entry.name));
+    const std::string path = toText(place);
+    const std::string saved = below(backupDir, entry.name);
+    const FileEntry there = FileEntry::at(path);
+    if (there.kind == FileEntry::Kind::Link && !File::remove(path)) return ErrorInfo::getLastError();
+    if (!File::makeDirectory(toText(place.parent_path()))) return ErrorInfo::getLastError();
+    if (ErrorInfo error = restoreContent(entry, there, saved, path)) return error;
+    constexpr unsigned kLendRights = 07000;
+    const bool stayed = there.kind == FileEntry::Kind::File;
+    if (!FileEntry::setPermissions(path, stayed ? entry.permissions : entry.permissions & ~kLendRights)) {
+        return failed(path, "gets no permissions");
+    }
+    return FileEntry::setModified(path, entry.modified) ? ErrorInfo() : failed(path, "gets no time");
 }
 
 ErrorInfo restoreLink(const JournalEntry& entry, const std::string& installDir) {
-    const fs::path path = toPath(below(installDir, entry.name));
-    const fs::path target(std::u8string(entry.target.begin(), entry.target.end()));  // as it was, "\\" too
-    std::error_code error;
-    if (typeOf(path) == fs::file_type::symlink && fs::read_symlink(path, error) == target) return {};
-    if (typeOf(path) != fs::file_type::not_found && !File::remove(toText(path))) return ErrorInfo::getLastError();
-    fs::create_symlink(target, path, error);
-    return failed(path, "cannot be made a link again", error);
+    const std::string path = below(installDir, entry.name);
+    const FileEntry::Kind there = FileEntry::at(path).kind;
+    std::string target;
+    if (there == FileEntry::Kind::Link && FileEntry::readLink(path, target) && target == entry.target) return {};
+    if (there != FileEntry::Kind::Absent && !File::remove(path)) return ErrorInfo::getLastError();
+    return FileEntry::makeLink(entry.target, path) ? ErrorInfo() : failed(path, "cannot be made a link again");
 }
 
 ErrorInfo removeFile(const std::string& path) {
-    const fs::file_type there = typeOf(toPath(path));
+    const FileEntry::Kind there = FileEntry::at(path).kind;
     // A directory in its place is not of this entry's making.
-    if (there == fs::file_type::not_found || there == fs::file_type::directory) return {};
+    if (there == FileEntry::Kind::Absent || there == FileEntry::Kind::Directory) return {};
     return File::remove(path) ? ErrorInfo() : ErrorInfo::getLastError();
 }
 
-ErrorInfo removeEmptyDirectory(const fs::path& path) {
-    if (typeOf(path) != fs::file_type::directory) return {};
-    std::error_code error;
-    if (!fs::is_empty(path, error) && !error) return {};
-    fs::remove(path, error);
-    return failed(path, "cannot be removed", error);
+ErrorInfo removeDirectory(const std::string& path) {
+    if (FileEntry::at(path).kind != FileEntry::Kind::Directory) return {};
+    return FileEntry::removeEmptyDirectory(path) ? ErrorInfo() : failed(path, "cannot be removed");
 }
 
 ErrorInfo undoEntry(const JournalEntry& entry, const std::string& installDir, const std::string& backupDir) {
     switch (entry.kind) {
         case Kind::MadeDirectory:
-            return removeEmptyDirectory(toPath(below(installDir, entry.name)));
+            return removeDirectory(below(installDir, entry.name));
         case Kind::AddedFile:
             return removeFile(below(installDir, entry.name));
         case Kind::ReplacedFile:
@@ -118,7 +138,7 @@ ErrorInfo makeLastingDirectory(const std::string& path) {
     const fs::path whole = resolved(path);
     if (whole.empty()) return {Public::Base::ErrorCode_Failed, path + " cannot be looked at"};
     std::set<fs::path> changed;
-    for (fs::path at = whole; typeOf(at) == fs::file_type::not_found; at = at.parent_path()) {
+    for (fs::path at = whole; kindOf(at) == FileEntry::Kind::Absent; at = at.parent_path()) {
         changed.insert({at, at.parent_path()});
     }
     if (!File::makeDirectory(path)) return ErrorInfo::getLastError();
@@ -148,10 +168,10 @@ ErrorInfo keepChanges(const Journal& journal) {
     std::set<fs::path> directories;
     for (const auto& entry : journal.entries) {
         const fs::path path = toPath(below(journal.installDir, entry.name));
-        const fs::file_type there = typeOf(path);
-        if (there == fs::file_type::regular) files.insert(path);
-        if (there == fs::file_type::directory) directories.insert(path);
-        if (typeOf(path.parent_path()) == fs::file_type::directory) directories.insert(path.parent_path());
+        const FileEntry::Kind there = kindOf(path);
+        if (there == FileEntry::Kind::File) files.insert(path);
+        if (there == FileEntry::Kind::Directory) directories.insert(path);
+        if (kindOf(path.parent_path()) == FileEntry::Kind::Directory) directories.insert(path.parent_path());
     }
     if (ErrorInfo error = syncAll(files)) return error;
     return syncAll(directories);

@@ -7,9 +7,11 @@
 #include "OrvInstaller.h"
 #include "Paths.h"
 #include "Plan.h"
+#include "Public/Base/Clock.h"
 #include "Public/Base/Directory.h"
 #include "Public/Base/DirectoryLock.h"
 #include "Public/Base/File.h"
+#include "Public/Base/FileEntry.h"
 #include "Public/Base/JsonValue.h"
 #include "Public/Base/Process.h"
 #include "Public/Base/Thread.h"
@@ -47,6 +49,21 @@ ErrorInfo emptyDirectory(const std::string& path) {
         const bool isDirectory = entry.type == Public::Base::Dirent::Type_Directory;
         const bool removed = isDirectory ? File::removeDirectory(entry.fullPath) : File::remove(entry.fullPath);
         if (!removed) return ErrorInfo::getLastError();
+    }
+    return {};
+}
+
+/// A program that has just ended lets go of its files a moment later, and so does one that looks through new files.
+ErrorInfo waitForFiles(const Journal& journal, unsigned int withinMs) {
+    const uint64_t deadline = Public::Base::Clock::current()->milliseconds() + withinMs;
+    for (const auto& entry : journal.entries) {
+        if (entry.kind != JournalEntry::Kind::ReplacedFile) continue;
+        while (Public::Base::FileEntry::isInUse(below(journal.installDir, entry.name))) {
+            if (Public::Base::Clock::current()->milliseconds() >= deadline) {
+                return {Public::Base::ErrorCode_OutputOpen, entry.name + " is in use by another program"};
+            }
+            Public::Base::Thread::sleep(kLookEveryMs);
+        }
     }
     return {};
 }
@@ -111,6 +128,7 @@ private:
         Journal journal;
         const auto names = mInstaller->getOutputNames();
         if (ErrorInfo error = planUpgrade(mOrder.installDir, mOrder.backupDir, names, journal)) return error;
+        if (ErrorInfo error = waitForFiles(journal, mOrder.filesFreeWithinMs)) return error;
         journal.entries.insert(journal.entries.begin(), mBegun.entries.begin(), mBegun.entries.end());
         if (ErrorInfo error = saveReplaced(journal, mOrder.backupDir)) return error;
         mBackup->announce(journal);

@@ -15,6 +15,7 @@ struct UpgradeOrder {
     std::string backupDir;   ///< where to save files; emptied first, once nothing in it is needed
     bool flag = false;
     unsigned int hostEndsWithinMs = 60000;
+    unsigned int filesFreeWithinMs = 10000;  ///< how long to wait for files that others have open
 };
 
 /// How it ended.
@@ -27,9 +28,10 @@ struct UpgradeOutcome {
     bool recovered = false;  ///< an earlier upgrade that was broken off has been undone first
 };
 
-/// Waits for the host to end, undoes an upgrade that was broken off, saves what the role's files replace, unpacks them,
-/// and restores everything on any failure. Broken off anywhere and called again with the same directories, it finds
-/// the install directory as it was, or wholly upgraded. Of two at once on one directory the second is refused.
+/// Waits for the host to end and for its files to be free, undoes an upgrade that was broken off, saves what the role's
+/// files replace, unpacks them, and restores everything on any failure. Broken off anywhere and called again with the
+/// same directories, it finds the install directory as it was, or wholly upgraded. Of two at once on one directory the
+/// second is refused.
 UpgradeOutcome upgrade(const UpgradeOrder& order);
 
 /// Writes the outcome as a JSON document: "result" ("installed", "restored" or "damaged"), "error", "reason",

@@ -1,7 +1,6 @@
 // The launched installer: PACKAGE INSTALL_DIR ROLE HOST_PROCESS REPORT_FILE BACKUP_DIR FLAG
 #include <csignal>
 #include <cstdio>
-#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -10,6 +9,7 @@
 #include "Order.h"
 #include "Public/Base/File.h"
 #include "Public/Base/Printer.h"
+#include "Public/Base/Process.h"
 #include "Upgrade.h"
 
 namespace {
@@ -18,12 +18,15 @@ namespace {
 void logToFile() {
     struct Log {
         std::mutex mutex;
-        std::ofstream file{Public::Base::File::getExcutableFileFullPath() + "/orvinstaller.log", std::ios::app};
+        Public::Base::File file{Public::Base::File::getExcutableFileFullPath() + "/orvinstaller.log"};
     };
-    Public::Base::setLogSink([log = std::make_shared<Log>()](const Public::Base::LogEntry& entry) {
+    const auto log = std::make_shared<Log>();
+    log->file.open(Public::Base::OpenMode_CreateKeep);
+    Public::Base::setLogSink([log](const Public::Base::LogEntry& entry) {
+        const std::string text = entry.text.substr(0, entry.text.find_last_not_of("\r\n") + 1);
         std::lock_guard lock(log->mutex);
-        log->file << static_cast<int>(entry.level) << ' '
-                  << entry.text.substr(0, entry.text.find_last_not_of("\r\n") + 1) << std::endl;
+        log->file.seek(0, Public::Base::SeekPosition_End);
+        log->file.puts(std::to_string(static_cast<int>(entry.level)) + " " + text + "\n");
     });
 }
 
@@ -33,6 +36,9 @@ void ignoreRequestsToEnd() {
     std::signal(SIGTERM, SIG_IGN);
 #ifdef SIGHUP
     std::signal(SIGHUP, SIG_IGN);
+#endif
+#ifdef SIGBREAK
+    std::signal(SIGBREAK, SIG_IGN);
 #endif
 }
 
@@ -53,7 +59,7 @@ int refuse(const UpgradeOrder& order, const std::string& reason) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<std::string> arguments(argv, argv + argc);
+    std::vector<std::string> arguments = Public::Base::Process::arguments(argc, argv);
     if (!arguments.empty()) arguments.erase(arguments.begin());
     UpgradeOrder order;
     if (const std::string wrong = readOrder(arguments, order); !wrong.empty()) return refuse(order, wrong);

@@ -1,7 +1,11 @@
 // What an unpacking will change, found out beforehand.
 #include "Plan.h"
 
+#include "FileLinks.h"
+#include "FilePermissions.h"
 #include "FileText.h"
+#include "FileTimes.h"
+#include "Public/Base/FileEntry.h"
 #include "TempDir.h"
 
 namespace fs = std::filesystem;
@@ -45,16 +49,16 @@ TEST_F(Plan, NamesNewDirectoriesFirstAndAddedFilesLast) {
 
 TEST_F(Plan, NotesPermissionsAndTimeOfAReplacedFile) {
     writeText(mInstalled + "/a.dll", "old");
-    fs::permissions(mInstalled + "/a.dll", static_cast<fs::perms>(04750));
-    const auto time = fs::last_write_time(mInstalled + "/a.dll");
+    ASSERT_TRUE(Public::Base::FileEntry::setPermissions(mInstalled + "/a.dll", support::kUnusualPermissions));
+    const int64_t time = support::modifiedTime(mInstalled + "/a.dll");
     plan({"a.dll"});
     ASSERT_EQ(mJournal.entries.size(), 1U);
-    EXPECT_EQ(mJournal.entries[0].permissions, 04750U);
-    EXPECT_EQ(mJournal.entries[0].modified, time.time_since_epoch().count());
+    EXPECT_EQ(mJournal.entries[0].permissions, support::kUnusualPermissions);
+    EXPECT_EQ(mJournal.entries[0].modified, time);
 }
 
 TEST_F(Plan, KeepsTheTargetOfALinkThatWillBeReplacedAlsoOfADanglingOne) {
-    fs::create_symlink("../x/y", mInstalled + "/link.dll");
+    support::makeLink("../x/y", mInstalled + "/link.dll");
     EXPECT_EQ(plan({"link.dll"}), Entries{"unlinks link.dll"});
     EXPECT_EQ(mJournal.entries[0].target, "../x/y");
 }
@@ -65,7 +69,7 @@ TEST_F(Plan, NameThatComesTwiceInWhateverSpellingIsOneEntry) {
 
 TEST_F(Plan, LinkToADirectoryInsideIsFollowed) {
     writeText(mInstalled + "/lib/a.dll", "old");
-    fs::create_symlink("lib", mInstalled + "/lib64");
+    support::makeLink("lib", mInstalled + "/lib64");
     EXPECT_EQ(plan({"lib64\\a.dll", "lib64\\b.dll"}), (Entries{"replaces lib64/a.dll", "adds lib64/b.dll"}));
 }
 
@@ -84,7 +88,7 @@ TEST_F(Plan, RefusesWhatLiesInAnItemsPlaceAndIsNoFile) {
 
 TEST_F(Plan, RefusesALinkedDirectoryThatLeadsOutside) {
     fs::create_directory(mDir.path() + "/outside");
-    fs::create_symlink(mDir.path() + "/outside", mInstalled + "/lib");
+    support::makeLink(mDir.path() + "/outside", mInstalled + "/lib");
     EXPECT_EQ(refusal("lib\\a.dll").errorCode(), -602);
     EXPECT_EQ(refusal("lib\\a.dll").errorMessage(), "lib/a.dll leads outside");
 }

@@ -1,27 +1,17 @@
 // The programs as a user starts them.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
-
 #include "FileText.h"
+#include "HostTools.h"
 #include "HttpFileServer.h"
-#include "OrvInstaller/PeImports.h"
 #include "PackageMaker.h"
+#include "Program.h"
+#include "Public/Base/Process.h"
 #include "TempDir.h"
 
 using support::readText;
+using support::runProgram;
 using support::writeText;
 
 namespace {
-
-/// Runs a command line. @return its exit status, or -1 when a signal ended it
-int run(const std::string& commandLine) {
-    const int status = std::system(commandLine.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string quoted(const std::string& text) { return "'" + text + "'"; }
 
 /// Of the demonstration.
 const char* const kToldInOrder[] = {"  A server runs 1.11.0.8\n",
@@ -66,35 +56,47 @@ const char* const kToldInOrder[] = {"  A server runs 1.11.0.8\n",
 TEST(Programs, DemonstrationEndsWithEverythingAsExpected) {
     const support::TempDir dir;
     const std::string temporary = dir.path() + "/with blank, $HOME and \xC3\xA9";
-    std::filesystem::create_directories(temporary);
-    EXPECT_EQ(run("TMPDIR=" + quoted(temporary) + " " + quoted(ORV_DEMO) + " > " + quoted(dir.path() + "/out")), 0)
-        << readText(dir.path() + "/out").value_or("");
-    const std::string told = readText(dir.path() + "/out").value_or("");
+    const std::string packages = dir.path() + "/packages";
+    std::filesystem::create_directories(std::u8string(temporary.begin(), temporary.end()));
+    std::filesystem::create_directories(packages);
+    // Made here, since the program for Windows has no package compiler to ask.
+    std::istringstream list(runProgram({{ORV_DEMO, "--list-packages"}}).output);
+    for (std::string line; std::getline(list, line);) {
+        std::istringstream words(line);
+        support::ToolCall make{{support::toolPath(ORV_SOURCE_DIR "/scripts/make-package.sh")}, packages};
+        for (std::string word; words >> word;) make.words.push_back(word);
+        const auto made = support::runTool(make);
+        ASSERT_EQ(made.code, 0) << line << ": " << made.errors;
+    }
+    const auto end = runProgram({{ORV_DEMO, "--packages", packages}, temporary});
+    EXPECT_EQ(end.status, 0) << end.output << end.errors;
     // Each step with what must have happened in it, in this order.
     size_t at = 0;
     for (const char* line : kToldInOrder) {
-        const size_t found = told.find(line, at);
-        EXPECT_NE(found, std::string::npos) << line << " is not told behind what comes before it:\n" << told;
+        const size_t found = end.output.find(line, at);
+        EXPECT_NE(found, std::string::npos) << line << " is not told behind what comes before it:\n" << end.output;
         if (found != std::string::npos) at = found;
     }
-    EXPECT_EQ(told.find("NOT AS EXPECTED"), std::string::npos) << told;
-    EXPECT_EQ(support::filesBelow(dir.path()), std::set<std::string>{"out"});
+    EXPECT_EQ(end.output.find("NOT AS EXPECTED"), std::string::npos) << end.output;
+    EXPECT_TRUE(std::filesystem::is_empty(std::u8string(temporary.begin(), temporary.end())));
 }
 
 TEST(Programs, DemonstrationWithoutATemporaryDirectorySaysSo) {
     const support::TempDir dir;
-    EXPECT_EQ(run("TMPDIR=/dev/null/none " + quoted(ORV_DEMO) + " > /dev/null 2> " + quoted(dir.path() + "/err")), 1);
-    EXPECT_NE(readText(dir.path() + "/err").value_or("").find("orvdemo: "), std::string::npos);
+    const auto end = runProgram({{ORV_DEMO}, dir.path() + "/none"});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_NE(end.errors.find("orvdemo: "), std::string::npos) << end.errors;
 }
 
 TEST(Programs, DemonstrationRefusesOptionsThatItDoesNotKnow) {
-    EXPECT_EQ(run(quoted(ORV_DEMO) + " --fast > /dev/null 2>&1"), 2);
+    EXPECT_EQ(runProgram({{ORV_DEMO, "--fast"}}).status, 2);
+    EXPECT_EQ(runProgram({{ORV_DEMO, "--packages"}}).status, 2);
 }
 
 TEST(Programs, InstallerReportsThatItsArgumentsAreBad) {
     const support::TempDir dir;
     const std::string report = dir.path() + "/report.json";
-    EXPECT_EQ(run(quoted(ORV_INSTALLER) + " /p /i server 1 " + quoted(report) + " '' 1 2> /dev/null"), 2);
+    EXPECT_EQ(runProgram({{ORV_INSTALLER, "/p", "/i", "server", "1", report, "", "1"}}).status, 2);
     const std::string text = readText(report).value_or("");
     EXPECT_NE(text.find("\"restored\""), std::string::npos) << text;
     EXPECT_NE(text.find("ROLE is none of 1 to 5"), std::string::npos) << text;
@@ -103,35 +105,19 @@ TEST(Programs, InstallerReportsThatItsArgumentsAreBad) {
 TEST(Programs, InstallerEndsWhatItHasBegunAlsoWhenItIsAskedToEnd) {
     const support::TempDir dir;
     const std::string package = support::makePackage({}, dir.path() + "/package.exe");
-    const std::string report = dir.path() + "/report.json";
-    const pid_t host = ::fork();
-    if (host == 0) {
-        for (;;) ::pause();
-    }
-    const pid_t installer = ::fork();
-    if (installer == 0) {
-        const std::string installed = dir.path() + "/installed", backup = dir.path() + "/backup";
-        ::execl(ORV_INSTALLER, "orvinstaller", package.c_str(), installed.c_str(), "3", std::to_string(host).c_str(),
-                report.c_str(), backup.c_str(), "1", nullptr);
-        ::_exit(127);
-    }
-    // Bits 1, 2 and 15 of the mask are SIGHUP, SIGINT and SIGTERM.
-    const auto ignores = [&] {
-        const std::string status = readText("/proc/" + std::to_string(installer) + "/status").value_or("");
-        const size_t at = status.find("SigIgn:");
-        return at != std::string::npos && (std::stoull(status.substr(at + 7), nullptr, 16) & 0x4003) == 0x4003;
-    };
-    int status = -1;
-    bool ended = false;  // as one that cannot be started does at once
-    while (!ended && !ignores()) {
-        ended = ::waitpid(installer, &status, WNOHANG) != 0;
-        std::this_thread::yield();
-    }
-    if (!ended) ::kill(installer, SIGTERM);
-    ::kill(host, SIGKILL);
-    ::waitpid(host, nullptr, 0);
-    if (!ended) ::waitpid(installer, &status, 0);
-    EXPECT_EQ(status, 0);
+    const std::string report = dir.path() + "/report.json", backup = dir.path() + "/backup";
+    // A host that does not end: another installer, which waits for this process.
+    support::RunningProgram host(
+        {{ORV_INSTALLER, package, dir.path() + "/other", "3", std::to_string(Public::Base::Process::getProcessId()), "",
+          dir.path() + "/saved", "1"}});
+    support::RunningProgram installer(
+        {{ORV_INSTALLER, package, dir.path() + "/installed", "3", std::to_string(host.id()), report, backup, "1"}});
+    // By the time that it has made a directory it has seen to that.
+    while (!std::filesystem::exists(backup) && !installer.endsWithin({})) std::this_thread::yield();
+    installer.askToEnd();
+    EXPECT_FALSE(installer.endsWithin(std::chrono::milliseconds(20)));
+    EXPECT_TRUE(host.kill());
+    EXPECT_EQ(installer.wait(), 0);
     EXPECT_NE(readText(report).value_or("").find("\"installed\""), std::string::npos);
 }
 
@@ -141,9 +127,10 @@ TEST(Programs, InstallerEndsWithStatusOneAtADamagedJournal) {
     const std::string report = dir.path() + "/report.json";
     writeText(dir.path() + "/backup/orvinstaller.journal", "orvinstaller journal 7\n");
     writeText(dir.path() + "/backup/saved.dll", "kept");
-    EXPECT_EQ(run(quoted(ORV_INSTALLER) + " " + quoted(package) + " " + quoted(dir.path() + "/installed") + " 3 0 " +
-                  quoted(report) + " " + quoted(dir.path() + "/backup") + " 1"),
-              1);
+    EXPECT_EQ(
+        runProgram({{ORV_INSTALLER, package, dir.path() + "/installed", "3", "0", report, dir.path() + "/backup", "1"}})
+            .status,
+        1);
     const std::string text = readText(report).value_or("");
     EXPECT_NE(text.find("\"damaged\""), std::string::npos) << text;
     EXPECT_NE(text.find("was written by another version of the installer"), std::string::npos) << text;
@@ -152,9 +139,9 @@ TEST(Programs, InstallerEndsWithStatusOneAtADamagedJournal) {
 }
 
 TEST(Programs, InstallerWithoutItsSevenArgumentsTellsHowItIsUsed) {
-    const support::TempDir dir;
-    EXPECT_EQ(run(quoted(ORV_INSTALLER) + " one two 2> " + quoted(dir.path() + "/err")), 2);
-    EXPECT_NE(readText(dir.path() + "/err").value_or("").find("usage: orvinstaller PACKAGE"), std::string::npos);
+    const auto end = runProgram({{ORV_INSTALLER, "one", "two"}});
+    EXPECT_EQ(end.status, 2);
+    EXPECT_NE(end.errors.find("usage: orvinstaller PACKAGE"), std::string::npos) << end.errors;
 }
 
 TEST(Programs, LauncherIsAProgramOfTheOtherSystemThatNamesTheNativeOne) {
@@ -172,27 +159,27 @@ TEST(Programs, LauncherRunsTheNativeProgramBesideIt) {
     std::filesystem::copy_file(ORV_LAUNCHER, launcher);
     writeText(dir.path() + "/with blank/orvinstaller", "#!/bin/sh\necho \"$# $2\" > '" + dir.path() + "/out'\n");
     std::filesystem::permissions(dir.path() + "/with blank/orvinstaller", std::filesystem::perms::owner_all);
-    EXPECT_EQ(run("/bin/sh " + quoted(launcher) + " a 'b c'"), 0);
+    EXPECT_EQ(runProgram({{"/bin/sh", launcher, "a", "b c"}}).status, 0);
     EXPECT_EQ(readText(dir.path() + "/out"), "2 b c\n");
 }
 
 class ExampleHost : public testing::Test {
 protected:
     ExampleHost() {
-        std::filesystem::create_directories(mDir.path() + "/program");
-        std::filesystem::copy_file(ORV_EXAMPLE, mDir.path() + "/program/orvexample");
         const std::string url = mCloud.url("");
         writeText(mDir.path() + "/program/upgrade_domain.json",
                   "{\"domain\":\"" +
                       url.substr(url.find("//") + 2, url.find('/', url.find("//") + 2) - url.find("//") - 2) + "\"}");
     }
     int start() {
-        return run(quoted(mDir.path() + "/program/orvexample") + " " + quoted(mDir.path() + "/store") + " " +
-                   quoted(mDir.path() + "/installed") + " > " + quoted(mDir.path() + "/out") + " 2>/dev/null");
+        mEnd = runProgram({{mProgram, mDir.path() + "/store", mDir.path() + "/installed"}});
+        return mEnd.status;
     }
-    std::string out() { return readText(mDir.path() + "/out").value_or(""); }
+    std::string out() { return mEnd.output; }
 
     support::TempDir mDir;
+    const std::string mProgram = support::copyProgram(ORV_EXAMPLE, mDir.path() + "/program");
+    support::ProgramEnd mEnd;
     support::HttpFileServer mCloud;
 };
 

@@ -1,9 +1,6 @@
 // An upgrade that is broken off at each of its changes of the file system, and the recovery at each of its own.
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include "KillPoints.h"
+#include "Effort.h"
+#include "FaultRun.h"
 #include "LogRecorder.h"
 #include "UpgradeSite.h"
 
@@ -19,21 +16,6 @@ struct FaultCase {
 };
 void PrintTo(const FaultCase& one, std::ostream* out) { *out << one.name; }
 
-/// A number that a child leaves to its parent.
-class SharedNumber {
-public:
-    SharedNumber()
-        : mNumber(static_cast<int*>(
-              ::mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
-    ~SharedNumber() { ::munmap(mNumber, sizeof(int)); }
-    SharedNumber(const SharedNumber&) = delete;
-    SharedNumber& operator=(const SharedNumber&) = delete;
-    int& operator*() const { return *mNumber; }
-
-private:
-    int* const mNumber;
-};
-
 class UpgradeFaults : public testing::TestWithParam<FaultCase> {
 protected:
     UpgradeFaults() {
@@ -44,32 +26,29 @@ protected:
 
     /// Upgrades in a process of its own. @return false when that was ended at the fault
     bool runToFault(const UpgradeOrder& order, int at) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            killpoints::arm(at, GetParam().fault, mSite.at("attic").c_str());
-            upgrade(order);
-            *mCounted = killpoints::counted();
-            ::_exit(0);
-        }
-        int status = -1;
-        ::waitpid(child, &status, 0);
-        EXPECT_TRUE(WIFEXITED(status) || WTERMSIG(status) == SIGKILL) << "at " << at;
-        return WIFEXITED(status);
+        const FaultRun run = upgradeToFault(order, at, GetParam().fault, mSite.at("attic"));
+        mCounted = run.changes;
+        return run.ended;
+    }
+
+    /// Other ones for each kind of fault.
+    static std::vector<int> triedOf(int changes) {
+        return effort::triedOf(changes, static_cast<int>(GetParam().fault));
     }
 
     support::LogRecorder mLog;
     UpgradeSite mSite{9, 60, UpgradeSite::memory()};
     UpgradeOrder mWithoutPackage;
-    SharedNumber mCounted;
+    int mCounted = 0;  // changes of the last run that ended
 };
 
 TEST_P(UpgradeFaults, BrokenOffAtAnyChangeTheDirectoryEndsWhole) {
     ASSERT_TRUE(runToFault(mSite.order, 0));
     ASSERT_TRUE(mSite.isNew()) << mSite.differences();
-    const int changes = *mCounted;
+    const int changes = mCounted;
     ASSERT_GT(changes, 100);
-    int mixed = 0, recovered = 0, old = 0;
-    for (int at = 1; at <= changes; ++at) {
+    int mixed = 0, recovered = 0, old = 0, tried = 0;
+    for (const int at : triedOf(changes)) {
         mSite.reset();
         ASSERT_FALSE(runToFault(mSite.order, at));
         const bool unfinished = mSite.hasJournal();
@@ -84,25 +63,26 @@ TEST_P(UpgradeFaults, BrokenOffAtAnyChangeTheDirectoryEndsWhole) {
         mixed += isMixed ? 1 : 0;
         recovered += unfinished ? 1 : 0;
         old += isOld ? 1 : 0;
-        if (at % 8 != 0) continue;
+        if (++tried % 8 != 0) continue;
         EXPECT_EQ(upgrade(mSite.order).result, Result::Installed);
         ASSERT_TRUE(mSite.isNew()) << "at " << at << "\n" << mSite.differences();
     }
-    EXPECT_GT(mixed, 20);
+    EXPECT_GT(mixed, tried / 13);
     EXPECT_GE(recovered, mixed);
     // The end of the journal is lost with the power before it has reached the disk.
-    EXPECT_EQ(old, GetParam().fault == Fault::PowerCut ? changes : changes - 1);
+    EXPECT_EQ(old, GetParam().fault == Fault::PowerCut ? tried : tried - 1);
     std::cout << changes << " changes, " << recovered << " recovered, of them " << mixed << " from a mixed directory\n";
 }
 
 TEST_P(UpgradeFaults, BrokenOffAtAnyChangeANewDirectoryEndsWholeOrIsGone) {
     for (UpgradeOrder* order : {&mSite.order, &mWithoutPackage}) order->installDir = mSite.at("fresh/installed");
     ASSERT_TRUE(runToFault(mSite.order, 0));
-    const int changes = *mCounted;
+    const int changes = mCounted;
     const support::Tree whole = support::withoutTimes(support::snapshot(mSite.order.installDir));
     ASSERT_GT(whole.size(), 10U);
-    int begun = 0, gone = 0;
-    for (int at = 1; at <= changes; ++at) {
+    int begun = 0, gone = 0, tried = 0;
+    for (const int at : triedOf(changes)) {
+        ++tried;
         std::filesystem::remove_all(mSite.at("fresh"));
         std::filesystem::remove_all(mSite.at("work"));
         ASSERT_FALSE(runToFault(mSite.order, at));
@@ -113,17 +93,17 @@ TEST_P(UpgradeFaults, BrokenOffAtAnyChangeANewDirectoryEndsWholeOrIsGone) {
         ASSERT_TRUE(found.empty() || found == whole) << "at " << at << "\n" << support::difference(whole, found);
         gone += found.empty() ? 1 : 0;
     }
-    EXPECT_GT(begun, 30);
-    EXPECT_EQ(gone, GetParam().fault == Fault::PowerCut ? changes : changes - 1);
+    EXPECT_GT(begun, tried / 10);
+    EXPECT_EQ(gone, GetParam().fault == Fault::PowerCut ? tried : tried - 1);
 }
 
 class RecoveryFaults : public UpgradeFaults {};
 
 TEST_P(RecoveryFaults, BrokenOffAtAnyChangeTheRecoveryGoesOnNextTime) {
     runToFault(mSite.order, 0);
-    const int far = *mCounted * GetParam().percent / 100;
+    const int far = mCounted * GetParam().percent / 100;
     int brokenOff = 0;
-    for (int at = 1;; ++at) {
+    for (int at = 1;; at += effort::kStep) {
         mSite.reset();
         ASSERT_FALSE(runToFault(mSite.order, far));
         ASSERT_TRUE(mSite.hasJournal());
@@ -134,7 +114,7 @@ TEST_P(RecoveryFaults, BrokenOffAtAnyChangeTheRecoveryGoesOnNextTime) {
         ASSERT_TRUE(mSite.isOld()) << "at " << at << "\n" << mSite.differences();
         EXPECT_FALSE(mSite.hasJournal());
     }
-    EXPECT_GT(brokenOff, 50);
+    EXPECT_GT(brokenOff, 50 / effort::kStep);
     std::cout << brokenOff << " recoveries were broken off\n";
 }
 

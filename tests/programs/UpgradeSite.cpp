@@ -1,12 +1,12 @@
 #include "UpgradeSite.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <random>
 
+#include "FileLinks.h"
 #include "FileText.h"
+#include "FileTimes.h"
 #include "Journal.h"
 #include "PackageMaker.h"
 
@@ -66,14 +66,17 @@ UpgradeSite::UpgradeSite(size_t files, size_t size, const std::string& parent) :
         spec.files.emplace_back("Orv Server\\" + name, bytes);
     }
     support::makePackage(spec, order.package);
+    support::writeText(at("usual"), "");
+    mUsualPermissions = support::permissionsText(fs::status(at("usual")));
     reset();
     mOld = support::snapshot(order.installDir);
     makeNew();
 }
 
 std::string UpgradeSite::memory() {
-    constexpr const char* kMemory = "/dev/shm";
-    return ::access(kMemory, W_OK | X_OK) == 0 ? kMemory : "";
+    constexpr const char* kMemory = "/dev/shm";  // no such directory on Windows, whose disk is waited for then
+    std::error_code ignored;
+    return fs::is_directory(kMemory, ignored) ? kMemory : "";
 }
 
 void UpgradeSite::addToPackage(const std::string& name, const std::string& content) {
@@ -84,9 +87,8 @@ void UpgradeSite::writeOld(const std::string& name, const std::string& content, 
     const std::string path = order.installDir + "/" + name;
     support::writeText(path, content);
     fs::permissions(path, static_cast<fs::perms>(permissions));
-    // Long ago, and to the nanosecond.
-    fs::last_write_time(path, fs::file_time_type(std::chrono::nanoseconds(1'000'000'000'123'456'789 -
-                                                                          static_cast<int64_t>(content.size()))));
+    // Not of today, and to the tick, on either system's clock.
+    support::setModifiedTime(path, 131'000'000'123'456'789 - static_cast<int64_t>(content.size()));
 }
 
 void UpgradeSite::reset() {
@@ -94,7 +96,14 @@ void UpgradeSite::reset() {
     fs::remove_all(at("work"));
     fs::remove(order.reportFile);
     for (const auto& file : mOldFiles) writeOld(file.name, file.content, file.permissions);
-    for (const auto& link : kLinks) fs::create_symlink(link.target, order.installDir + "/" + link.name);
+    for (const auto& link : kLinks) {
+        const std::string path = order.installDir + "/" + link.name;
+        if (support::linksCanBeMade()) {
+            support::makeLink(link.target, path);
+        } else if (std::string(link.name) != "lib64") {
+            writeOld(link.name, link.target, 0644);  // a file in its place
+        }
+    }
     fs::create_directory(order.installDir + "/empty");
 }
 
@@ -103,17 +112,17 @@ void UpgradeSite::makeNew() {
     const support::TreeEntry directory = mNew.at("./empty");
     for (const auto& name : {"./new", "new/deep", "new/deep/er"}) mNew[name] = directory;
     for (auto [name, bytes] : mPackage) {
-        if (name == "lib64/base.dll") name = "lib/base.dll";
+        if (name == "lib64/base.dll" && support::linksCanBeMade()) name = "lib/base.dll";
         const std::string key = (name.find('/') == std::string::npos ? "./" : "") + name;
         const auto old = mNew.find(key);
         const bool replaced = old != mNew.end() && old->second.text.starts_with("file ");
         // A file that is written anew keeps its permissions.
         const std::string permissions =
-            replaced ? old->second.text.substr(5, old->second.text.find(' ', 5) - 5) : "644";
+            replaced ? old->second.text.substr(5, old->second.text.find(' ', 5) - 5) : mUsualPermissions;
         mNew[key] = support::fileEntry(permissions, 0, bytes);
         const fs::path parent = fs::path(name).parent_path();
         if (!parent.empty()) {
-            const std::string above = parent.parent_path().empty() ? "." : parent.parent_path().string();
+            const std::string above = parent.parent_path().empty() ? "." : parent.parent_path().generic_string();
             mNew.try_emplace(above + "/" + parent.filename().string(), directory);
         }
     }

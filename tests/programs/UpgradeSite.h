@@ -10,7 +10,8 @@
 #include "Upgrade.h"
 
 /// The old version has files of several permissions, files that the package knows nothing of, an empty directory, and
-/// symbolic links of which some lie where the package puts a file. The package also adds files and directories.
+/// symbolic links of which some lie where the package puts a file; files where the
+/// system makes no links. The package also adds files and directories.
 class UpgradeSite {
 public:
     /// @param files of the package's server part beside the special ones; sizes vary from empty to a few times `size`
@@ -47,5 +48,6 @@ private:
         unsigned permissions;
     };
     std::vector<OldFile> mOldFiles;
+    std::string mUsualPermissions;  // of a new file
     support::Tree mOld, mNew;
 };

@@ -1,11 +1,16 @@
 // What the launched installer does to an install directory.
 #include "Upgrade.h"
 
+#include <future>
+
 #include "AnnouncedBackup.h"
+#include "FileLinks.h"
 #include "FileText.h"
 #include "Journal.h"
 #include "LogRecorder.h"
 #include "PackageMaker.h"
+#include "Program.h"
+#include "Public/Base/File.h"
 #include "Public/Base/JsonValue.h"
 #include "Public/Base/Process.h"
 #include "TempDir.h"
@@ -99,7 +104,11 @@ TEST_F(UpgradeTest, FailureHalfWayPutsBackAllThatWasDone) {
                   {"Orv Server\\zz", "a file, so that the next one cannot lie in a directory of that name"},
                   {"Orv Server\\zz\\last.dll", "last"}};
     makePackage(spec, order.package);
-    std::filesystem::create_symlink("own.cfg", at("installed/link.dll"));
+    if (support::linksCanBeMade()) {
+        support::makeLink("own.cfg", at("installed/link.dll"));
+    } else {
+        writeText(at("installed/link.dll"), "old");
+    }
     const support::Tree before = support::snapshot(order.installDir);
     const UpgradeOutcome outcome = upgrade(order);
     EXPECT_EQ(outcome.result, UpgradeOutcome::Result::Restored);
@@ -113,7 +122,7 @@ TEST_F(UpgradeTest, FailureHalfWayPutsBackAllThatWasDone) {
 }
 
 TEST_F(UpgradeTest, NewFileInThePlaceOfALinkIsAFile) {
-    std::filesystem::create_symlink("own.cfg", at("installed/zz.dll"));
+    support::makeLink("own.cfg", at("installed/zz.dll"));
     EXPECT_EQ(upgrade(order).result, UpgradeOutcome::Result::Installed);
     EXPECT_FALSE(std::filesystem::is_symlink(at("installed/zz.dll")));
     EXPECT_EQ(readText(at("installed/zz.dll")), "new zz");
@@ -121,7 +130,7 @@ TEST_F(UpgradeTest, NewFileInThePlaceOfALinkIsAFile) {
 }
 
 TEST_F(UpgradeTest, HostThatDoesNotEndLeavesEverythingAsItWas) {
-    order.hostProcess = static_cast<unsigned>(::getpid());
+    order.hostProcess = Public::Base::Process::getProcessId();
     order.hostEndsWithinMs = 1;
     const auto before = installed();
     const UpgradeOutcome outcome = upgrade(order);
@@ -197,6 +206,71 @@ TEST_F(UpgradeTest, EveryRoleOfATreePackageGetsItsOwnFiles) {
     EXPECT_EQ(readText(at("installed/OrvServer.exe")), "old server");
 }
 
+TEST_F(UpgradeTest, WorksBelowNamesOfAnyScriptAndLength) {
+    using Public::Base::File;
+    std::string deep = at("\xE5\xAE\x89\xE8\xA3\x85 \xC3\xA9");
+    for (int level = 0; level < 4; ++level) deep += "/" + std::string(80, static_cast<char>('a' + level));
+    const auto read = [](const std::string& path) {
+        const auto content = File::load(path);
+        return std::string(content.buf(), content.size());
+    };
+    order.installDir = deep + "/installed";
+    order.backupDir = deep + "/backup";
+    ASSERT_TRUE(File::makeDirectory(order.installDir));
+    ASSERT_TRUE(File::save(order.installDir + "/OrvServer.exe", Public::Base::SharedBuffer("old server")));
+    EXPECT_EQ(upgrade(order).result, UpgradeOutcome::Result::Installed);
+    EXPECT_EQ(read(order.installDir + "/OrvServer.exe"), "new server");
+    EXPECT_EQ(read(order.installDir + "/lib/core.dll"), "new core");
+    EXPECT_EQ(read(order.backupDir + "/OrvServer.exe"), "old server");
+    // And back, at something in the way.
+    ASSERT_TRUE(File::remove(order.installDir + "/zz.dll"));
+    ASSERT_TRUE(File::makeDirectory(order.installDir + "/zz.dll/in the way"));
+    ASSERT_TRUE(File::save(order.installDir + "/OrvServer.exe", Public::Base::SharedBuffer("old server")));
+    EXPECT_EQ(upgrade(order).result, UpgradeOutcome::Result::Restored);
+    EXPECT_EQ(read(order.installDir + "/OrvServer.exe"), "old server");
+    EXPECT_TRUE(File::removeDirectory(at("\xE5\xAE\x89\xE8\xA3\x85 \xC3\xA9")));
+}
+
+/// A program that lies in the directory and is run from there, in the place of one of the package's files.
+class UpgradeOfRunningProgram : public UpgradeTest {
+protected:
+    UpgradeOfRunningProgram() {
+        PackageSpec spec;
+        spec.files = {{"Orv Client\\OrvClient.exe", "client"},
+                      {"Orv Server\\OrvServer.exe", "new server"},
+                      {"Orv Server\\" + mName, "new program"}};
+        makePackage(spec, order.package);
+    }
+
+    const std::string mProgram = support::copyProgram(ORV_INSTALLER, at("installed"));
+    const std::string mName = mProgram.substr(mProgram.rfind('/') + 1);
+    // Waits for this process to end.
+    support::RunningProgram mRunning{{{mProgram, order.package, at("elsewhere"), "3",
+                                       std::to_string(Public::Base::Process::getProcessId()), "", at("saved"), "1"}}};
+};
+
+TEST_F(UpgradeOfRunningProgram, ThatDoesNotEndIsRefusedAndNothingIsTouched) {
+    while (!std::filesystem::exists(at("saved"))) std::this_thread::yield();
+    order.filesFreeWithinMs = 20;
+    const auto before = support::snapshot(order.installDir);
+    const UpgradeOutcome outcome = upgrade(order);
+    EXPECT_EQ(outcome.result, UpgradeOutcome::Result::Restored);
+    EXPECT_EQ(outcome.error.errorCode(), -602);
+    EXPECT_EQ(outcome.error.errorMessage(), mName + " is in use by another program");
+    EXPECT_EQ(outcome.filesReplaced + outcome.filesAdded, 0U);
+    EXPECT_TRUE(support::snapshot(order.installDir) == before);
+}
+
+TEST_F(UpgradeOfRunningProgram, ThatEndsSoonIsWaitedFor) {
+    while (!std::filesystem::exists(at("saved"))) std::this_thread::yield();
+    order.filesFreeWithinMs = 60000;
+    auto outcome = std::async(std::launch::async, [this] { return upgrade(order); });
+    EXPECT_EQ(outcome.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    EXPECT_TRUE(mRunning.kill());
+    EXPECT_EQ(outcome.get().result, UpgradeOutcome::Result::Installed);
+    EXPECT_EQ(readText(mProgram), "new program");
+}
+
 struct ReportCase {
     const char* name;
     UpgradeOutcome outcome;
@@ -238,6 +312,10 @@ INSTANTIATE_TEST_SUITE_P(
                    "No space left on device"}),
     [](const auto& each) { return each.param.name; });
 
-TEST(Upgrade, ReportThatCannotBeWrittenIsTold) { EXPECT_FALSE(writeReport("/dev/null/report.json", {})); }
+TEST(Upgrade, ReportThatCannotBeWrittenIsTold) {
+    const support::TempDir dir;
+    writeText(dir.path() + "/file", "no directory");
+    EXPECT_FALSE(writeReport(dir.path() + "/file/report.json", {}));
+}
 
 }  // namespace

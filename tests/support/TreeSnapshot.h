@@ -6,6 +6,7 @@
 #include <string>
 
 #include "FileText.h"
+#include "FileTimes.h"
 
 namespace support {
 
@@ -36,7 +37,7 @@ inline Tree snapshot(const std::string& directory) {
     if (!fs::exists(directory)) return tree;
     tree["."].text = "directory " + permissionsText(fs::status(directory));
     for (const auto& found : fs::recursive_directory_iterator(directory)) {
-        const std::string path = found.path().string();
+        const std::string path = found.path().generic_string();
         const std::string name = path.substr(directory.size() + 1);
         TreeEntry& entry = tree[name.find('/') == std::string::npos ? "./" + name : name];
         const auto status = found.symlink_status();
@@ -45,8 +46,7 @@ inline Tree snapshot(const std::string& directory) {
         } else if (fs::is_directory(status)) {
             entry.text = "directory " + permissionsText(status);
         } else {
-            entry = fileEntry(permissionsText(status), fs::last_write_time(found.path()).time_since_epoch().count(),
-                              readText(path).value_or("unreadable"));
+            entry = fileEntry(permissionsText(status), modifiedTime(path), readText(path).value_or("unreadable"));
         }
     }
     return tree;

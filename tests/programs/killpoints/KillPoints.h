@@ -1,8 +1,8 @@
 // Breaking a process off at its n-th change of the file system.
 #pragma once
 
-/// The test program's own versions of the system calls that change files count, and at the chosen one end the process
-/// by SIGKILL, before the call is made. Only a forked child is ever armed.
+/// The program's own versions of the system calls that change files count, and at the chosen one end the process by
+/// force, before the call is made. Only a process that does nothing else is ever armed.
 namespace killpoints {
 
 enum class Fault {
