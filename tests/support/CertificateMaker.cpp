@@ -36,6 +36,8 @@ Key newKey(CertificateSpec::KeyKind kind) {
                 return newPssKey();
             case CertificateSpec::Rsa512:
                 return EVP_RSA_gen(512u);
+            case CertificateSpec::Rsa1024:
+                return EVP_RSA_gen(1024u);
             case CertificateSpec::Rsa2048:
                 break;
         }
@@ -132,6 +134,7 @@ Credential makeCertificate(const CertificateSpec& spec, const Credential* issuer
     if (spec.constrained) addExtension(certificate.get(), issuing, NID_basic_constraints, constraints(spec));
     addExtension(certificate.get(), issuing, NID_key_usage, spec.keyUsage);
     addExtension(certificate.get(), issuing, NID_ext_key_usage, spec.extendedKeyUsage);
+    addExtension(certificate.get(), issuing, NID_subject_alt_name, spec.alternativeName);
     addExtension(certificate.get(), issuing, NID_crl_distribution_points, spec.revocationList);
     addExtension(certificate.get(), issuing, NID_subject_key_identifier, "hash");
     addExtension(certificate.get(), issuing, NID_authority_key_identifier, "keyid:always");

@@ -13,7 +13,7 @@ struct Credential {
 };
 
 struct CertificateSpec {
-    enum KeyKind { Rsa2048, EcP256, EcP384, RsaPss, Rsa512 };
+    enum KeyKind { Rsa2048, EcP256, EcP384, RsaPss, Rsa512, Rsa1024 };
 
     std::string commonName = {};    ///< left out when empty
     std::string organization = {};  ///< left out when empty
@@ -24,6 +24,7 @@ struct CertificateSpec {
     int pathLength = -1;                ///< authorities that may stand below this one; any number when negative
     std::string keyUsage = {};          ///< as OpenSSL's configuration writes it; left out when empty
     std::string extendedKeyUsage = {};  ///< likewise
+    std::string alternativeName = {};   ///< likewise, such as "DNS:localhost"
     std::string revocationList = {};    ///< where the issuer's list is to be had; left out when empty
     std::string digest = "sha256";      ///< of the issuer's signature
     KeyKind keyKind = Rsa2048;

@@ -6,8 +6,8 @@
 #include <sstream>
 
 #include "HostTools.h"
+#include "KitPlace.h"
 #include "OpenSslHandles.h"
-#include "Public/Base/Signature.h"
 #include "TempDir.h"
 
 namespace fs = std::filesystem;
@@ -60,24 +60,27 @@ Credential keep(const fs::path& directory, const std::string& name, const Creden
     return credential;
 }
 
-Credential makeAuthority(const char* name, const Credential* issuer) {
+Credential makeAuthority(const char* name, CertificateSpec::KeyKind keyKind, const Credential* issuer) {
     return makeCertificate({.commonName = name,
                             .notBefore = "20100101000000Z",
                             .authority = true,
-                            .keyUsage = "critical,keyCertSign,cRLSign"},
+                            .keyUsage = "critical,keyCertSign,cRLSign",
+                            .keyKind = keyKind},
                            issuer);
 }
 
 /// All of a kit's certificates with their keys.
-void makeCredentials(const fs::path& directory) {
-    const Credential root = keep(directory, "root", makeAuthority("Orv Test Root", nullptr));
-    const Credential foreign = keep(directory, "foreign", makeAuthority("Orv Other Root", nullptr));
-    const Credential intermediate = makeAuthority("Orv Test Intermediate", &root);
+void makeCredentials(const fs::path& directory, const KitPlace& place) {
+    const auto keys = place.authoritiesKeys;
+    const Credential root = keep(directory, "root", makeAuthority("Orv Test Root", keys, nullptr));
+    const Credential foreign = keep(directory, "foreign", makeAuthority("Orv Other Root", keys, nullptr));
+    const Credential intermediate = makeAuthority("Orv Test Intermediate", keys, &root);
 
     CertificateSpec spec{.commonName = SigningKit::commonName(SigningKit::Publisher),
                          .organization = "Orv Test",
                          .keyUsage = "critical,digitalSignature",
-                         .extendedKeyUsage = "codeSigning"};
+                         .extendedKeyUsage = "codeSigning",
+                         .key = place.signersKey};
     const Credential publisher = keep(directory, "publisher", makeCertificate(spec, &root));
     spec.key = publisher.key;
     spec.commonName = SigningKit::commonName(SigningKit::Untrusted);
@@ -180,13 +183,15 @@ std::string addAttribute(const std::string& signature, const std::string& object
     return ssl::toDer(message.get(), i2d_PKCS7);
 }
 
-SigningKit::SigningKit(const std::string& directory)
-    : mDirectory(directory.empty() ? ORV_BUILD_DIR "/test-signing/kit-1" : directory) {
+SigningKit::SigningKit(const std::string& directory) {
+    KitPlace place = KitPlace::usual();
+    if (!directory.empty()) place.directory = directory;
+    mDirectory = place.directory;
     if (fs::exists(mDirectory)) return;
     // A finished kit appears under its name at once: a process that loses the race uses the winner's.
     const fs::path making = mDirectory + "." + uniqueName();
     fs::create_directories(making);
-    makeCredentials(making);
+    makeCredentials(making, place);
     std::error_code lost;
     fs::rename(making, mDirectory, lost);
     if (!lost) return;
@@ -218,16 +223,6 @@ std::string SigningKit::commonName(Signer signer) {
 
 void SigningKit::sign(const std::string& in, const std::string& out, Signer signer, const SignOptions& options) const {
     signFile(credential(signer), in, out, options);
-}
-
-TrustRoots::TrustRoots(const std::string& pemFile) {
-    Public::Base::Signature::setTrustedRoots(pemFile);
-    Public::Base::Signature::setTrustedPublishers({});
-}
-
-TrustRoots::~TrustRoots() {
-    Public::Base::Signature::setTrustedRoots({});
-    Public::Base::Signature::setTrustedPublishers({});
 }
 
 }  // namespace support

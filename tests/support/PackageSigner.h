@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "CertificateMaker.h"
+#include "TrustRoots.h"
 
 namespace support {
 
@@ -42,7 +43,8 @@ void writeSignatures(const std::string& file, const std::vector<std::string>& en
 /// Adds an attribute that the signature (DER) does not sign itself. @param value DER of a sequence
 std::string addAttribute(const std::string& signature, const std::string& objectId, const std::string& value);
 
-/// A set of authorities and publishers, made once per build directory and shared by all test processes.
+/// A set of authorities and publishers, made once per build directory and shared by all test processes; on Windows once
+/// per process.
 class SigningKit {
 public:
     enum Signer {
@@ -76,15 +78,6 @@ public:
 private:
     Credential load(const std::string& name) const;
     std::string mDirectory;
-};
-
-/// Trusts these roots while it lives, any publisher, and restores the defaults at its end.
-class TrustRoots {
-public:
-    explicit TrustRoots(const std::string& pemFile);
-    ~TrustRoots();
-    TrustRoots(const TrustRoots&) = delete;
-    TrustRoots& operator=(const TrustRoots&) = delete;
 };
 
 }  // namespace support

@@ -9,11 +9,13 @@
 namespace Public::Base {
 
 /// Authenticode: the signature that a PE file carries in its certificate table (Microsoft, "Windows Authenticode
-/// Portable Executable Signature Format"). Windows asks the system's verifier, without fetching revocation lists; POSIX
-/// checks the table, the digest (SHA-1 or SHA-2), the CMS signature (RFC 5652) and the chain (RFC 5280) against the
-/// trusted roots, judging validity at the time of the time-stamp where there is one. The first signature of the table
-/// decides. POSIX takes a table that does not end the file exactly, because bytes were appended or cut, and bytes
-/// hidden in the padding of the signature for flaws. Thread-safe.
+/// Portable Executable Signature Format"). The table, the digest (SHA-1 or SHA-2), the CMS signature (RFC 5652) and the
+/// chain (RFC 5280) are checked, against the trusted roots, for the time of the time-stamp where there is one. The first
+/// signature of the table decides. A table that does not end the file exactly, because bytes were appended or cut, and
+/// bytes hidden in the padding of the signature are flaws. Lists of revoked certificates are not fetched. On Windows the
+/// system's verifier must trust the file besides, so the systems may differ where it has rules of its own: it calls a
+/// file unsigned that bytes were appended to, a flaw here; and a bad time-stamp, which counts as none on POSIX, may be
+/// bad enough for it. Thread-safe.
 class ORV_PLATFORM_API Signature {
 public:
     /// @param file   wide path of the file

@@ -11,6 +11,8 @@ struct ChainQuestion {
     PCCERT_CONTEXT leaf = nullptr;
     HCERTSTORE others = nullptr;  ///< what came with the signature, trusted only as far as a root vouches for it
     FILETIME time = {};
+    const char* purpose = szOID_PKIX_KP_CODE_SIGNING;  ///< object identifier: what the leaf must be meant for
+    HCERTCHAINENGINE engine = nullptr;                 ///< null: the system's own, with the system's roots
 };
 
 struct ChainFlaw {

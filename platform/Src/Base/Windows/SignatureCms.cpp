@@ -1,8 +1,11 @@
 #include "SignatureCms.h"
 
+#include <bcrypt.h>
 #include <wintrust.h>
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "Base/DerReader.h"
 
@@ -11,6 +14,7 @@ namespace {
 
 using crypt::Bytes;
 
+constexpr unsigned char sIndirectData[] = {0x2b, 0x06, 0x01, 0x04, 0x01, 0x82, 0x37, 0x02, 0x01, 0x04};
 constexpr const char* sDoesNotFit = "the signature does not fit its certificate";
 
 std::string openMessage(Bytes bytes, ProgramSignature& signature) {
@@ -49,11 +53,11 @@ const CRYPT_ATTRIBUTE* findAttribute(const CRYPT_ATTRIBUTES& attributes, const c
     return nullptr;
 }
 
-/// The signer must sign attributes that hold the content's digest; a signature of the content alone could be taken for
-/// one of attributes.
-bool signsAttributes(const CMSG_SIGNER_INFO& signer) {
-    const auto* digest = findAttribute(signer.AuthAttrs, szOID_RSA_messageDigest);
-    return digest && digest->cValue == 1 && findAttribute(signer.AuthAttrs, szOID_RSA_contentType);
+bool holds(const CRYPT_ATTRIBUTE* attribute, unsigned char tag, Bytes wanted) {
+    if (!attribute || attribute->cValue != 1) return false;
+    DerReader value({attribute->rgValue[0].pbData, attribute->rgValue[0].cbData});
+    Bytes held;
+    return value.take(tag, held) && value.atEnd() && std::equal(held.begin(), held.end(), wanted.begin(), wanted.end());
 }
 
 const char* nameOf(SignedContent::Digest digest) {
@@ -70,6 +74,43 @@ const char* nameOf(SignedContent::Digest digest) {
             break;
     }
     return "";
+}
+
+const wchar_t* algorithmOf(SignedContent::Digest digest) {
+    switch (digest) {
+        case SignedContent::Digest::Sha256:
+            return BCRYPT_SHA256_ALGORITHM;
+        case SignedContent::Digest::Sha384:
+            return BCRYPT_SHA384_ALGORITHM;
+        case SignedContent::Digest::Sha512:
+            return BCRYPT_SHA512_ALGORITHM;
+        case SignedContent::Digest::Sha1:
+        case SignedContent::Digest::None:
+            break;
+    }
+    return BCRYPT_SHA1_ALGORITHM;
+}
+
+/// @return empty when the system cannot make it
+std::vector<unsigned char> makeDigest(SignedContent::Digest digest, const std::string& text) {
+    BCRYPT_ALG_HANDLE algorithm = nullptr;
+    if (::BCryptOpenAlgorithmProvider(&algorithm, algorithmOf(digest), nullptr, 0) != 0) return {};
+    std::vector<unsigned char> made(static_cast<size_t>(digest));
+    std::vector<unsigned char> bytes(text.begin(), text.end());
+    const NTSTATUS status = ::BCryptHash(algorithm, nullptr, 0, bytes.data(), static_cast<ULONG>(bytes.size()),
+                                         made.data(), static_cast<ULONG>(made.size()));
+    ::BCryptCloseAlgorithmProvider(algorithm, 0);
+    if (status != 0) made.clear();
+    return made;
+}
+
+/// The signer must sign attributes that name the content's type and hold its digest; a signature of the content alone
+/// could be taken for one of attributes.
+bool signsContent(const ProgramSignature& signature, const CMSG_SIGNER_INFO& signer) {
+    const auto digest = makeDigest(signature.said.digest, signature.content);
+    return !digest.empty() &&
+           holds(findAttribute(signer.AuthAttrs, szOID_RSA_contentType), DerReader::ObjectId, sIndirectData) &&
+           holds(findAttribute(signer.AuthAttrs, szOID_RSA_messageDigest), DerReader::OctetString, digest);
 }
 
 }  // namespace
@@ -89,6 +130,7 @@ std::string parseSignature(Bytes entry, ProgramSignature& signature) {
     DerReader outer({reinterpret_cast<const unsigned char*>(content.data()), content.size()});
     Bytes parts;
     if (!outer.take(DerReader::Sequence, parts) || !outer.atEnd()) return sUnreadableSignature;
+    signature.content.assign(parts.begin(), parts.end());
     return SignedContent::read(parts, signature.said);
 }
 
@@ -99,7 +141,7 @@ std::string findSignatureFlaw(const ProgramSignature& signature) {
     if (std::strcmp(signer.HashAlgorithm.pszObjId, nameOf(signature.said.digest)) != 0)
         return "the signature and the file have different digests";
     const bool fits =
-        signsAttributes(signer) &&
+        signsContent(signature, signer) &&
         ::CryptMsgControl(signature.message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE, signature.certificate->pCertInfo);
     return fits ? "" : sDoesNotFit;
 }

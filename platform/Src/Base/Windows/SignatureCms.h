@@ -13,7 +13,8 @@ struct ProgramSignature {
     crypt::Message message;
     crypt::Store certificates;       ///< what came with the signature
     crypt::Certificate certificate;  ///< the signer's; null when it is missing
-    SignedContent said;              ///< what the signature covers, taken apart
+    std::string content;             ///< what the signature covers
+    SignedContent said;              ///< the same, taken apart
 };
 
 /// Takes an entry of the certificate table apart: one message in DER, then nothing but zeros.

@@ -35,13 +35,25 @@ std::string inWords(LONG status) {
     }
 }
 
+/// The time at which the signer's certificate must have been valid. A time-stamp counts only where a root vouched for
+/// its authority then, and for no certificate that ends with its own validity.
+FILETIME timeOf(const ProgramSignature& signature, const SystemVerdict& verdict) {
+    const bool counts = verdict.stamper && !endsWithValidity(signature.certificate.get()) &&
+                        findChainFlaw({.leaf = verdict.stamper.get(),
+                                       .others = verdict.stampersIssuers.get(),
+                                       .time = verdict.time,
+                                       .purpose = szOID_PKIX_KP_TIMESTAMP_SIGNING})
+                            .text.empty();
+    return counts ? verdict.time : timeNow();
+}
+
 /// The system reads the whole file and knows time-stamps; what it says of the chain is looked at a second time.
 std::string findSystemsFlaw(const ProgramSignature& signature, HANDLE file, const std::wstring& native) {
     const SystemVerdict verdict = askSystem(file, native);
-    const FILETIME time = endsWithValidity(signature.certificate.get()) ? timeNow() : verdict.time;
     if (verdict.status == TRUST_E_BAD_DIGEST) return inWords(verdict.status);
-    const ChainFlaw flaw =
-        findChainFlaw({.leaf = signature.certificate.get(), .others = signature.certificates.get(), .time = time});
+    const ChainFlaw flaw = findChainFlaw({.leaf = signature.certificate.get(),
+                                          .others = signature.certificates.get(),
+                                          .time = timeOf(signature, verdict)});
     if (!flaw.text.empty()) return flaw.text;
     if (verdict.status != 0) return inWords(verdict.status);
     return isSame(verdict.certificate.get(), signature.certificate.get())

@@ -3,8 +3,6 @@
 #include <softpub.h>
 #include <wintrust.h>
 
-#include "SignatureChain.h"
-
 namespace Public::Base {
 namespace {
 
@@ -48,18 +46,32 @@ private:
     WINTRUST_DATA mData{};
 };
 
+crypt::Certificate certificateOf(const CRYPT_PROVIDER_SGNR& signer) {
+    if (!signer.csCertChain || !signer.pasCertChain) return nullptr;
+    return crypt::Certificate(::CertDuplicateCertificateContext(signer.pasCertChain[0].pCert));
+}
+
+crypt::Store chainOf(const CRYPT_PROVIDER_SGNR& signer) {
+    crypt::Store store(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr));
+    for (DWORD i = 0; store && i < signer.csCertChain; ++i)
+        ::CertAddCertificateContextToStore(store.get(), signer.pasCertChain[i].pCert, CERT_STORE_ADD_USE_EXISTING,
+                                           nullptr);
+    return store;
+}
+
 }  // namespace
 
 SystemVerdict askSystem(HANDLE file, const std::wstring& native) {
     Question question(file, native);
     SystemVerdict verdict;
     verdict.status = question.ask();
-    verdict.time = timeNow();
     const CRYPT_PROVIDER_SGNR* signer = question.signer();
     if (!signer) return verdict;
-    if (signer->sftVerifyAsOf.dwHighDateTime) verdict.time = signer->sftVerifyAsOf;
-    if (signer->csCertChain && signer->pasCertChain)
-        verdict.certificate.reset(::CertDuplicateCertificateContext(signer->pasCertChain[0].pCert));
+    verdict.certificate = certificateOf(*signer);
+    if (!signer->csCounterSigners || !signer->pasCounterSigners) return verdict;
+    verdict.time = signer->sftVerifyAsOf;
+    verdict.stamper = certificateOf(signer->pasCounterSigners[0]);
+    verdict.stampersIssuers = chainOf(signer->pasCounterSigners[0]);
     return verdict;
 }
 

@@ -9,8 +9,10 @@ namespace Public::Base {
 
 struct SystemVerdict {
     LONG status = 0;                 ///< 0: the system trusts the file
-    FILETIME time = {};              ///< by which it judged: the time-stamp's where there is a good one, else now
     crypt::Certificate certificate;  ///< the signer's; null when the system found none
+    FILETIME time = {};              ///< of the time-stamp, by which it judged
+    crypt::Certificate stamper;      ///< the time-stamp authority's; null when the system found no time-stamp
+    crypt::Store stampersIssuers;
 };
 
 /// Asks without showing or fetching anything. @param file opened for reading   @param native its path

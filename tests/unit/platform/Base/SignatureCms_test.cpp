@@ -1,27 +1,16 @@
-#include "Base/Posix/SignatureCms.h"
-
 #include <random>
 
-#include "Base/Posix/SignatureChain.h"
-#include "Base/Posix/SignatureTime.h"
 #include "OpenSslHandles.h"
 #include "SignatureFixture.h"
+#include "SignatureParts.h"
 
 namespace {
 
-using Public::Base::ProgramSignature;
+using support::examineEntry;
 using support::SigningKit;
 
-std::string parse(const std::string& entry, ProgramSignature& signature) {
-    return parseSignature({reinterpret_cast<const unsigned char*>(entry.data()), entry.size()}, signature);
-}
-
 /// What is wrong with the entry by itself, before its chain and the file are looked at.
-std::string flawOf(const std::string& entry) {
-    ProgramSignature signature;
-    const std::string flaw = parse(entry, signature);
-    return flaw.empty() ? findSignatureFlaw(signature) : flaw;
-}
+std::string flawOf(const std::string& entry) { return examineEntry(entry).flaw; }
 
 constexpr const char* sUnreadable = "the signature cannot be read";
 constexpr const char* sDoesNotFit = "the signature does not fit its certificate";
@@ -48,12 +37,10 @@ protected:
 };
 
 TEST_F(SignatureCms, TellsTheDigestOfTheFileAndTheSigner) {
-    ProgramSignature signature;
-    const std::string bytes = entry();
-    ASSERT_EQ("", parse(bytes, signature));
-    EXPECT_EQ("", findSignatureFlaw(signature));
-    EXPECT_EQ(32u, signature.fileDigest.size());
-    EXPECT_EQ("Orv Test Publisher", Public::Base::commonName(signature.certificate));
+    const auto verdict = examineEntry(entry());
+    EXPECT_EQ("", verdict.flaw);
+    EXPECT_EQ(32u, verdict.fileDigest.size());
+    EXPECT_EQ("Orv Test Publisher", verdict.signer);
 }
 
 TEST_F(SignatureCms, RefusesAnEmptyEntry) { EXPECT_EQ(sUnreadable, flawOf("")); }
@@ -201,23 +188,20 @@ class SignatureCmsMutation : public SignatureCms, public testing::WithParamInter
 TEST_P(SignatureCmsMutation, NeverCrashesAndNeverPassesOffOtherContent) {
     const auto form = GetParam() % 2 ? support::TimeStamp::Rfc3161 : support::TimeStamp::CounterSignature;
     const std::string bytes = entry({.stamp = support::TimeStamp{form, 1600000000, mKit.timeStamper()}});
-    ProgramSignature original;
-    ASSERT_EQ("", parse(bytes, original));
-    std::string flaw;
-    const auto roots = Public::Base::loadRoots(mKit.rootPem(), flaw);
+    const auto original = examineEntry(bytes);
+    ASSERT_EQ("", original.flaw);
     std::mt19937 random(GetParam());
     int refused = 0;
     for (int round = 0; round < 150; ++round) {
         std::string mutated = bytes;
         for (unsigned i = 0; i <= random() % 3; ++i) mutated[random() % mutated.size()] = static_cast<char>(random());
-        ProgramSignature signature;
-        if (!parse(mutated, signature).empty() || !findSignatureFlaw(signature).empty()) {
+        const auto verdict = examineEntry(mutated, mKit.rootPem());
+        if (!verdict.flaw.empty()) {
             ++refused;
             continue;
         }
-        findStampedTime(signature, roots.get(), std::time(nullptr));
         // What the message does not sign itself, such as a stamp, may have changed; what it says of the file may not.
-        ASSERT_EQ(original.fileDigest, signature.fileDigest) << "seed " << GetParam() << " round " << round;
+        ASSERT_EQ(original.fileDigest, verdict.fileDigest) << "seed " << GetParam() << " round " << round;
     }
     EXPECT_GT(refused, 30);
 }

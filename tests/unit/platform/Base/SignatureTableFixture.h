@@ -1,6 +1,7 @@
 // One row of the table of signed packages: how the file is made, our verdict and the signing tool's.
 #pragma once
 
+#include "HostTools.h"
 #include "SignatureFixture.h"
 
 namespace support {
@@ -42,7 +43,7 @@ public:
                 .notBefore = "20100101000000Z",
                 .authority = true,
                 .keyUsage = "critical,keyCertSign,cRLSign",
-                .key = mKit.root().key};
+                .keyKind = CertificateSpec::Rsa1024};
     }
 
     void sign(SigningKit::Signer signer = SigningKit::Publisher, const SignOptions& options = {}) {
@@ -94,13 +95,12 @@ public:
     }
     uint32_t number(size_t at) const { return readNumber(bytes(), at); }
 
-    bool toolAccepts() const {
-        const std::string roots = "\"" + mKit.rootPem() + "\"";
-        const std::string command = "osslsigncode verify -CAfile " + roots + " -TSA-CAfile " + roots + " -in \"" +
-                                    signedFile() + "\" > \"" + path("log") + "\" 2>&1";
-        return std::system(command.c_str()) == 0;
+    /// What the signing tool says of the file: its exit code 0 when it accepts it.
+    ToolResult askTool() const {
+        const std::string roots = toolPath(mKit.rootPem());
+        return runTool({.words = {"osslsigncode", "verify", "-CAfile", roots, "-TSA-CAfile", roots, "-in",
+                                  toolPath(signedFile())}});
     }
-    std::string toolsWords() const { return readText(path("log")).value_or("no log"); }
 };
 
 class SignatureTable : public SignatureTableFixture, public testing::WithParamInterface<SignatureRow> {};
