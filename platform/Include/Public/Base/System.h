@@ -91,7 +91,8 @@ public:
     static bool isVersionOrLater(unsigned major, unsigned minor, unsigned servicePack);
 
     /// Starts a program with raised rights and does not wait for it: "runas" on Windows; on POSIX directly for root and
-    /// through pkexec for others. A file that the kernel will not execute is given to /bin/sh.
+    /// through pkexec for others. A file that the kernel will not execute is given to /bin/sh. On Windows a program under
+    /// a path of more than 247 characters is started by its short name, and not at all where the volume keeps none.
     /// @return false when it cannot be started (ErrorInfo::getLastError)
     static bool startElevated(const ProgramStart& start);
     /// Starts a program with the rights of this one. @return false only when the system gives no handle at all

@@ -1,32 +1,38 @@
 #include "Public/Base/Process.h"
 
-#include <unistd.h>
-
 #include "Public/Base/System.h"
-#include "TempDir.h"
+#include "StartedPrograms.h"
 
 using Public::Base::Process;
+using support::StartedProgram;
+using support::StartedPrograms;
 
 namespace {
 
-TEST(Process, TellsTheIdOfThisProcess) { EXPECT_EQ(Process::getProcessId(), static_cast<unsigned>(::getpid())); }
+/// A program that runs until it is let go.
+StartedProgram startOne() {
+    StartedPrograms programs;
+    EXPECT_TRUE(Public::Base::System::startPlain({StartedPrograms::program(), programs.argument(), true, false}));
+    return programs.next();
+}
 
 TEST(Process, WaitForAProcessThatIsNotThereReturnsAtOnce) {
     EXPECT_TRUE(Process::waitForExit(0, 60000));
     EXPECT_TRUE(Process::waitForExit(0xFFFFFFFF, 60000));
 }
 
-TEST(Process, WaitForAProcessThatGoesOnTimesOut) { EXPECT_FALSE(Process::waitForExit(Process::getProcessId(), 5)); }
+TEST(Process, WaitForAProcessThatGoesOnTimesOut) {
+    EXPECT_FALSE(Process::waitForExit(Process::getProcessId(), 5));
+    const StartedProgram other = startOne();
+    EXPECT_FALSE(Process::waitForExit(other.id, 5));
+}
 
 TEST(Process, WaitEndsWithTheProcess) {
-    const support::TempDir dir;
-    const std::string idFile = dir.path() + "/id";
-    // The shell tells its id and ends when its input does, which is at once.
-    ASSERT_TRUE(Public::Base::System::startPlain(
-        {"/bin/sh", "\"-c\" \"echo $$ > " + idFile + "; cat </dev/null\"", true, false}));
-    unsigned int id = 0;
-    while (!(std::ifstream(idFile) >> id)) std::this_thread::yield();
-    EXPECT_TRUE(Process::waitForExit(id, 60000));
+    StartedProgram other = startOne();
+    std::thread waiter([&] { EXPECT_TRUE(Process::waitForExit(other.id, 60000)); });
+    other.letGo();
+    waiter.join();
+    EXPECT_TRUE(Process::waitForExit(other.id, 60000));
 }
 
 }  // namespace

@@ -1,306 +1,124 @@
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
-
 #include "FileText.h"
+#include "OpenFiles.h"
 #include "Public/Base/ErrorInfo.h"
+#include "Public/Base/File.h"
 #include "Public/Base/Process.h"
 #include "Public/Base/System.h"
+#include "StartedPrograms.h"
 #include "TempDir.h"
-#include "WithoutRights.h"
 
 using namespace Public::Base;
-using support::readText;
-using support::writeText;
+using support::StartedProgram;
+using support::StartedPrograms;
 
 namespace {
 
-class ProgramStartTest : public testing::Test {
+/// Each test runs for both ways of starting a program.
+class ProgramStartTest : public testing::TestWithParam<bool> {
 protected:
-    ProgramStartTest() { support::openToAll(mDir.path()); }
-    ~ProgramStartTest() override {
-        if (mPath) ::setenv("PATH", mPath->c_str(), 1);
+    bool start(const std::string& program, const std::string& parameters) {
+        const bool elevated = GetParam();
+        const ProgramStart wanted{program, parameters, true, elevated};
+        return elevated ? System::startElevated(wanted) : System::startPlain(wanted);
     }
-    std::string at(const std::string& name) const { return mDir.path() + "/" + name; }
-    void writeScript(const std::string& name, const std::string& text) {
-        writeText(at(name), text);
-        ::chmod(at(name).c_str(), 0755);
+    bool start(const std::string& parameters = "") {
+        return start(StartedPrograms::program(), mPrograms.argument() + " " + parameters);
     }
-    /// A program that writes its arguments, each in brackets, to the file "out".
-    void writeTeller(const std::string& name, const std::string& begin = "#!/bin/sh\n") {
-        writeScript(name, begin + "{ printf '[%s]' \"${0##*/}\" \"$@\"; } > '" + at("tmp") + "'\nmv '" + at("tmp") +
-                              "' '" + at("out") + "'\n");
+    /// A copy of the recorder, in a directory of this name.
+    std::string copyIn(const std::string& directory) const {
+        const std::string path = mDir.path() + "/" + directory + "/program.exe";
+        EXPECT_TRUE(File::makeDirectory(mDir.path() + "/" + directory));
+        EXPECT_TRUE(File::copy(StartedPrograms::program(), path)) << path;
+        return path;
     }
-    /// A program that writes what the commands print to the file "out".
-    void writeScriptOf(const std::string& commands) {
-        writeScript("p", "#!/bin/sh\n{ " + commands + "; } > '" + at("tmp") + "'\nmv '" + at("tmp") + "' '" +
-                             at("out") + "'\n");
+    /// Starts that copy and sees it through to its end, so that the directory can go.
+    void expectStart(const std::string& program) {
+        ASSERT_TRUE(start(program, mPrograms.argument() + " \"a b\"")) << ErrorInfo::getLastError().errorMessage();
+        StartedProgram started = mPrograms.next();
+        EXPECT_EQ(started.arguments, std::vector<std::string>{"a b"});
+        started.letGo();
+        EXPECT_TRUE(Process::waitForExit(started.id, 60000));
     }
-    /// What a started program has written, once it has.
-    std::string written(const std::string& name) {
-        while (!std::filesystem::exists(at(name))) std::this_thread::yield();
-        return readText(at(name)).value_or("");
-    }
-    bool startPlain(const std::string& parameters = "") {
-        return System::startPlain({at("p"), parameters, true, false});
-    }
-    bool startElevated(const std::string& program, const std::string& parameters = "") {
-        return System::startElevated({program, parameters, true, true});
-    }
-    /// From now on only programs of the test's directory are found by name.
-    void searchHereFirst() {
-        mPath = ::getenv("PATH");
-        ::setenv("PATH", (mDir.path() + ":" + *mPath).c_str(), 1);
-    }
-    std::optional<std::string> mPath;
+
     support::TempDir mDir;
+    StartedPrograms mPrograms;
 };
 
-TEST_F(ProgramStartTest, StartsAProgramWithItsArgumentsAsGiven) {
-    writeScript("p", "#!/bin/sh\nfor a in \"$@\"; do printf '[%s]' \"$a\"; done > out.tmp\nmv out.tmp \"$1\"\n");
-    ASSERT_TRUE(System::startPlain(
-        {at("p"), "\"" + at("out") + "\" \"two  blanks\" \"\" plain \"\xE4\xB8\xAD\"", true, false}));
-    EXPECT_EQ(written("out"), "[" + at("out") + "][two  blanks][][plain][\xE4\xB8\xAD]");
+INSTANTIATE_TEST_SUITE_P(Start, ProgramStartTest, testing::Bool(),
+                         [](const auto& test) { return test.param ? "Elevated" : "Plain"; });
+
+TEST_P(ProgramStartTest, GivesTheProgramItsArgumentsAsGiven) {
+    ASSERT_TRUE(start("\"two  blanks\" \"\" plain \"\xE4\xB8\xAD\xE6\x96\x87 \xC3\xA4\""));
+    EXPECT_EQ(mPrograms.next().arguments,
+              (std::vector<std::string>{"two  blanks", "", "plain", "\xE4\xB8\xAD\xE6\x96\x87 \xC3\xA4"}));
 }
 
-TEST_F(ProgramStartTest, GivesAFileThatTheKernelWillNotExecuteToTheShell) {
-    writeScript("p.exe", "MZ=1;echo \"ran $1\" > \"${0%/*}/tmp\"; mv \"${0%/*}/tmp\" \"${0%/*}/out\"\n");
-    ASSERT_TRUE(System::startPlain({mDir.path() + "\\p.exe", "\"x y\"", true, false}));
-    EXPECT_EQ(written("out"), "ran x y\n");
+TEST_P(ProgramStartTest, RefusesAnEmptyNameAndZeroBytes) {
+    EXPECT_FALSE(start("", ""));
+    EXPECT_FALSE(start(std::string("a\0b", 3), ""));
+    EXPECT_FALSE(start(std::string("a\0b", 3)));
 }
 
-TEST_F(ProgramStartTest, StartOfAMissingProgramFailsWithTheSystemsError) {
-    EXPECT_FALSE(System::startPlain({at("none"), "", true, false}));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
+TEST_P(ProgramStartTest, StartsAProgramUnderAPathWithBlanks) { expectStart(copyIn("two  blanks")); }
+
+TEST_P(ProgramStartTest, StartsAProgramUnderAPathBeyondAscii) {
+    expectStart(copyIn("\xE5\x8D\x87\xE7\xBA\xA7 \xC3\xBC"));
 }
 
-TEST_F(ProgramStartTest, StartOfAFileWithoutTheRightToRunFails) {
-    writeText(at("p"), "#!/bin/sh\n");
-    EXPECT_FALSE(System::startPlain({at("p"), "", true, false}));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
+TEST_P(ProgramStartTest, StartsAProgramUnderALongPath) {
+    const std::string part(100, 'p');
+    expectStart(copyIn(part + "/" + part + "/" + part));
 }
 
-TEST_F(ProgramStartTest, StartRefusesAnEmptyNameAndZeroBytes) {
-    EXPECT_FALSE(System::startPlain({"", "", true, false}));
-    EXPECT_FALSE(System::startPlain({at("p"), std::string("a\0b", 3), true, false}));
+TEST_P(ProgramStartTest, ProgramOutlivesItsStartAndTheCallerDoesNotWaitForIt) {
+    ASSERT_TRUE(start());
+    StartedProgram started = mPrograms.next();
+    EXPECT_FALSE(Process::waitForExit(started.id, 0));
+    started.letGo();
+    EXPECT_TRUE(Process::waitForExit(started.id, 60000));
 }
 
-TEST_F(ProgramStartTest, StartedProgramGetsNoDescriptorOfThisOne) {
-    std::ofstream held(at("held"));
-    writeScript("p", "#!/bin/sh\nls -l /proc/$$/fd > \"$1.tmp\"; mv \"$1.tmp\" \"$1\"\n");
-    ASSERT_TRUE(System::startPlain({at("p"), "\"" + at("out") + "\"", true, false}));
-    const std::string listing = written("out");
-    EXPECT_EQ(listing.find("pipe:"), listing.npos) << listing;
-    EXPECT_EQ(listing.find("held"), listing.npos) << listing;
+TEST_P(ProgramStartTest, ProgramRunsInTheDirectoryOfTheCaller) {
+    ASSERT_TRUE(start());
+    EXPECT_EQ(mPrograms.next().directory, std::filesystem::current_path().string());
 }
 
-TEST_F(ProgramStartTest, ElevatedRunsDirectlyForRootAndThroughPkexecForOthers) {
-    writeTeller("p");
-    writeScript("pkexec", "#!/bin/sh\ntouch '" + at("asked") + "'\nexec \"$@\"\n");
-    searchHereFirst();
-    ASSERT_TRUE(startElevated(at("p"), "\"x y\""));
-    EXPECT_EQ(written("out"), "[p][x y]");
-    EXPECT_EQ(std::filesystem::exists(at("asked")), ::geteuid() != 0);
-}
-
-TEST_F(ProgramStartTest, OthersAskForRights) {
-    writeTeller("pkexec");
-    writeScript("p", "#!/bin/sh\n");
-    searchHereFirst();
-    const support::WithoutRights nobody;
-    ASSERT_TRUE(startElevated(at("p"), "\"x y\" \"2\""));
-    EXPECT_EQ(written("out"), "[pkexec][" + at("p") + "][x y][2]");
-}
-
-TEST_F(ProgramStartTest, OthersAskForTheShellsRightsWhereTheKernelWillNotExecuteTheFile) {
-    writeTeller("pkexec");
-    writeScript("p.exe", "MZ=1\n");
-    searchHereFirst();
-    const support::WithoutRights nobody;
-    ASSERT_TRUE(startElevated(mDir.path() + "\\p.exe", "\"x\""));
-    EXPECT_EQ(written("out"), "[pkexec][/bin/sh][" + at("p.exe") + "][x]");
-}
-
-TEST_F(ProgramStartTest, OthersAskForABinarysOwnRights) {
-    writeTeller("pkexec");
-    std::filesystem::copy_file("/bin/true", at("p"));
-    searchHereFirst();
-    const support::WithoutRights nobody;
-    ASSERT_TRUE(startElevated(at("p")));
-    EXPECT_EQ(written("out"), "[pkexec][" + at("p") + "]");
-}
-
-TEST_F(ProgramStartTest, OthersDoNotAskForAProgramThatIsNotThereOrMayNotRun) {
-    writeTeller("pkexec");
-    writeText(at("text"), "#!/bin/sh\n");
-    searchHereFirst();
-    const support::WithoutRights nobody;
-    EXPECT_FALSE(startElevated(at("none")));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
-    EXPECT_FALSE(startElevated(at("text")));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
-}
-
-TEST_F(ProgramStartTest, OthersFailWhereNobodyCanBeAsked) {
-    writeScript("p", "#!/bin/sh\n");
-    searchHereFirst();
-    ::setenv("PATH", mDir.path().c_str(), 1);
-    const support::WithoutRights nobody;
-    EXPECT_FALSE(startElevated(at("p")));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
-}
-
-TEST_F(ProgramStartTest, NameWithoutADirectoryIsNotSearchedFor) {
-    EXPECT_FALSE(System::startPlain({"true", "", true, false}));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
-}
-
-TEST_F(ProgramStartTest, DirectoryIsNoProgram) {
-    EXPECT_FALSE(System::startPlain({mDir.path(), "", true, false}));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EACCES));
-}
-
-TEST_F(ProgramStartTest, MissingInterpreterIsToldToTheCaller) {
-    writeScript("p", "#!/no/such/interpreter\n");
-    EXPECT_FALSE(startPlain());
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + ENOENT));
-}
-
-TEST_F(ProgramStartTest, TooLongACommandLineIsToldToTheCaller) {
-    writeTeller("p");
-    EXPECT_FALSE(startPlain(std::string(4 << 20, 'x')));
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + E2BIG));
-}
-
-TEST_F(ProgramStartTest, WantOfDescriptorsIsToldToTheCaller) {
-    writeTeller("p");
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const int next = ::dup(0);
-    ::close(next);
-    const rlimit few{static_cast<rlim_t>(next), before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    EXPECT_FALSE(startPlain());
-    ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), -(10000 + EMFILE));
-}
-
-TEST_F(ProgramStartTest, FailureIsToldAlsoWhereTheStandardStreamsAreClosed) {
-    int kept[3];
-    for (int fd = 0; fd < 3; ++fd) {
-        kept[fd] = ::fcntl(fd, F_DUPFD_CLOEXEC, 10);
-        ::close(fd);
+TEST_P(ProgramStartTest, LeavesNothingOpenHere) {
+    // The first time the system may open what it keeps.
+    ASSERT_TRUE(start());
+    mPrograms.next();
+    const size_t before = support::countOpenHere();
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(start());
+        mPrograms.next();
     }
-    const bool started = System::startPlain({at("none"), "", true, false});
-    const int code = ErrorInfo::getLastError().errorCode();
-    for (int fd = 0; fd < 3; ++fd) {
-        ::dup2(kept[fd], fd);
-        ::close(kept[fd]);
-    }
-    EXPECT_FALSE(started);
-    EXPECT_EQ(code, -(10000 + ENOENT));
+    // Threads that the system keeps ready come and go.
+    EXPECT_LT(support::countOpenHere(), before + 10);
 }
 
-TEST_F(ProgramStartTest, LeavesNoProcessToWaitForAndNothingOpen) {
-    const auto open = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                             std::filesystem::directory_iterator());
-    };
-    writeTeller("p");
-    const auto before = open();
-    ASSERT_TRUE(startPlain());
-    EXPECT_FALSE(System::startPlain({at("none"), "", true, false}));
-    written("out");
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
-    EXPECT_EQ(errno, ECHILD);
-    EXPECT_EQ(open(), before);
-}
-
-TEST_F(ProgramStartTest, CallerWhoIgnoresItsChildrenCanStartPrograms) {
-    writeTeller("p");
-    const auto before = ::signal(SIGCHLD, SIG_IGN);
-    EXPECT_TRUE(startPlain());
-    EXPECT_FALSE(System::startPlain({at("none"), "", true, false}));
-    ::signal(SIGCHLD, before);
-    EXPECT_EQ(written("out"), "[p]");
-}
-
-TEST_F(ProgramStartTest, ProgramLeadsASessionOfItsOwn) {
-    writeScriptOf("read -r id name state parent group session rest < /proc/$$/stat; echo $$ $session");
-    ASSERT_TRUE(startPlain());
-    std::istringstream ids(written("out"));
-    pid_t process = 0;
-    pid_t session = 0;
-    ids >> process >> session;
-    EXPECT_EQ(session, process);
-    EXPECT_NE(session, ::getsid(0));
-}
-
-TEST_F(ProgramStartTest, ProgramBlocksAndIgnoresNoSignal) {
-    writeScriptOf("grep -E 'Sig(Blk|Ign):' /proc/self/status");
-    sigset_t some;
-    sigset_t before;
-    ::sigemptyset(&some);
-    ::sigaddset(&some, SIGTERM);
-    ::sigaddset(&some, SIGUSR1);
-    ::pthread_sigmask(SIG_BLOCK, &some, &before);
-    const auto pipe = ::signal(SIGPIPE, SIG_IGN);
-    const auto user = ::signal(SIGUSR2, SIG_IGN);
-    const bool started = startPlain();
-    ::signal(SIGUSR2, user);
-    ::signal(SIGPIPE, pipe);
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    ASSERT_TRUE(started);
-    EXPECT_EQ(written("out"), "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
-}
-
-TEST_F(ProgramStartTest, CallerKeepsItsSignalMask) {
-    writeTeller("p");
-    sigset_t before;
-    sigset_t after;
-    ::pthread_sigmask(SIG_SETMASK, nullptr, &before);
-    ASSERT_TRUE(startPlain());
-    ::pthread_sigmask(SIG_SETMASK, nullptr, &after);
-    for (int signal = 1; signal < 32; ++signal) {
-        EXPECT_EQ(::sigismember(&before, signal), ::sigismember(&after, signal)) << signal;
-    }
-    written("out");
-}
-
-TEST_F(ProgramStartTest, ProgramOutlivesItsStartAndTheCallerDoesNotWaitForIt) {
-    writeScript("p", "#!/bin/sh\necho $$ > '" + at("tmp") + "'; mv '" + at("tmp") + "' '" + at("out") +
-                         "'\nwhile [ ! -e '" + at("enough") + "' ]; do sleep 0.01; done\n");
-    ASSERT_TRUE(startPlain());
-    const auto id = static_cast<unsigned>(std::stoul(written("out")));
-    EXPECT_FALSE(Process::waitForExit(id, 0));
-    writeText(at("enough"), "");
-    EXPECT_TRUE(Process::waitForExit(id, 60000));
-}
-
-TEST_F(ProgramStartTest, ProgramRunsInTheDirectoryOfTheCaller) {
-    writeScriptOf("pwd -P");
-    ASSERT_TRUE(startPlain());
-    EXPECT_EQ(written("out"), std::filesystem::current_path().string() + "\n");
-}
-
-TEST_F(ProgramStartTest, ManyMayBeStartedAtOnce) {
-    writeScript("p", "#!/bin/sh\n: > \"$1\"\n");
+TEST_P(ProgramStartTest, ManyMayBeStartedAtOnce) {
     std::atomic<int> failed{0};
     std::vector<std::thread> starters;
     for (int i = 0; i < 4; ++i) {
         starters.emplace_back([&, i] {
             for (int turn = 0; turn < 4; ++turn) {
-                if (!startPlain("\"" + at("out" + std::to_string(4 * i + turn)) + "\"")) ++failed;
+                if (!start(std::to_string(4 * i + turn))) ++failed;
             }
         });
     }
+    std::set<int> heard;
+    for (int i = 0; i < 16; ++i) heard.insert(std::stoi(mPrograms.next().arguments.at(0)));
     for (auto& starter : starters) starter.join();
-    for (int i = 0; i < 16; ++i) written("out" + std::to_string(i));
     EXPECT_EQ(failed, 0);
+    EXPECT_EQ(heard.size(), 16U);
+}
+
+TEST(ElevatedStart, OfAMissingProgramFailsWithTheSystemsError) {
+    const support::TempDir dir;
+    constexpr int kNotFound = -(10000 + 2);  // under one number on all systems
+    EXPECT_FALSE(System::startElevated({dir.path() + "/none.exe", "", true, true}));
+    EXPECT_EQ(ErrorInfo::getLastError().errorCode(), kNotFound);
+    EXPECT_FALSE(ErrorInfo::getLastError().errorMessage().empty());
 }
 
 struct Line {
@@ -311,27 +129,27 @@ struct Line {
 
 void PrintTo(const Line& line, std::ostream* out) { *out << line.line; }
 
-class CommandLine : public ProgramStartTest, public testing::WithParamInterface<Line> {};
+class CommandLine : public testing::TestWithParam<Line> {};
 
 TEST_P(CommandLine, IsSplitIntoItsArguments) {
-    writeTeller("p");
-    ASSERT_TRUE(startPlain(GetParam().line));
-    EXPECT_EQ(written("out"), "[p]" + GetParam().arguments);
+    StartedPrograms programs;
+    ASSERT_TRUE(
+        System::startPlain({StartedPrograms::program(), programs.argument() + " " + GetParam().line, true, false}));
+    std::string arguments;
+    for (const auto& argument : programs.next().arguments) arguments += "[" + argument + "]";
+    EXPECT_EQ(arguments, GetParam().arguments);
 }
 
-INSTANTIATE_TEST_SUITE_P(Lines, CommandLine,
-                         testing::Values(Line{"Empty", "", ""}, Line{"OnlyBlanks", "   ", ""},
-                                         Line{"Plain", "a b", "[a][b]"}, Line{"Quoted", "\"a\" \"b c\"", "[a][b c]"},
-                                         Line{"EmptyArguments", "\"\" \"\"", "[][]"},
-                                         Line{"BlanksAround", "  \"a\"   b  ", "[a][b]"},
-                                         Line{"BlanksKeptInQuotes", "\" a  b \"", "[ a  b ]"},
-                                         Line{"QuotesInsideAWord", "a\"b c\"d", "[ab cd]"},
-                                         Line{"NoBlankBetween", "\"a\"\"b\"", "[ab]"},
-                                         Line{"UnclosedQuote", "\"a b", "[a b]"}, Line{"LoneQuote", "\"", "[]"},
-                                         Line{"BackslashesEscapeNothing", R"("C:\a\" "b")", "[C:\\a\\][b]"},
-                                         Line{"TabsAreNoBlanks", "a\tb", "[a\tb]"},
-                                         Line{"NothingIsExpanded", "$HOME * `x` ;", "[$HOME][*][`x`][;]"},
-                                         Line{"NonAscii", "\"\xE4\xB8\xAD \xC3\xA4\"", "[\xE4\xB8\xAD \xC3\xA4]"}),
-                         [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Lines, CommandLine,
+    testing::Values(Line{"Empty", "", ""}, Line{"OnlyBlanks", "   ", ""}, Line{"Plain", "a b", "[a][b]"},
+                    Line{"Quoted", "\"a\" \"b c\"", "[a][b c]"}, Line{"EmptyArguments", "\"\" \"\"", "[][]"},
+                    Line{"BlanksAround", "  \"a\"   b  ", "[a][b]"},
+                    Line{"BlanksKeptInQuotes", "\" a  b \"", "[ a  b ]"},
+                    Line{"QuotesInsideAWord", "a\"b c\"d", "[ab cd]"}, Line{"UnclosedQuote", "\"a b", "[a b]"},
+                    Line{"LoneQuote", "\"", "[]"},
+                    Line{"NothingIsExpanded", "$HOME %PATH% * `x` ;", "[$HOME][%PATH%][*][`x`][;]"},
+                    Line{"NonAscii", "\"\xE4\xB8\xAD \xC3\xA4\"", "[\xE4\xB8\xAD \xC3\xA4]"}),
+    [](const auto& test) { return test.param.name; });
 
 }  // namespace
