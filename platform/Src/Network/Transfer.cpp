@@ -4,6 +4,8 @@
 #include <new>
 #include <string_view>
 
+#include "Network/TrustedRoots.h"
+
 namespace Public::Network {
 
 namespace {
@@ -74,9 +76,18 @@ bool Transfer::setOptions() {
                            .set(CURLOPT_SSL_VERIFYPEER, 1L)
                            .set(CURLOPT_SSL_VERIFYHOST, 2L)
                            .set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2))
+                           // A node without a way out cannot ask for such a list, and must update too.
+                           .set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_REVOKE_BEST_EFFORT))
                            .set(CURLOPT_BUFFERSIZE, kBufferBytes)
                            .taken();
-    return plain && setAddress() && setMethod() && setCallbacks();
+    return plain && setRoots() && setAddress() && setMethod() && setCallbacks();
+}
+
+bool Transfer::setRoots() {
+    std::string roots = trustedRoots();
+    if (roots.empty()) return true;
+    const curl_blob bytes{roots.data(), roots.size(), CURL_BLOB_COPY};
+    return Options(mEasy).set(CURLOPT_CAINFO_BLOB, &bytes).taken();
 }
 
 bool Transfer::setAddress() {

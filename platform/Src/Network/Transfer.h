@@ -39,6 +39,7 @@ private:
     static int onConnected(void* transfer, char* ip, char* localIp, int port, int localPort) noexcept;
 
     bool setOptions();
+    bool setRoots();
     bool setAddress();
     bool setMethod();
     bool setCallbacks();

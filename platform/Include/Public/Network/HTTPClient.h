@@ -126,7 +126,9 @@ public:
     HTTPClient(const HTTPClient&) = delete;
     HTTPClient& operator=(const HTTPClient&) = delete;
 
-    /// Starts the request. Follows at most 5 redirects, to HTTP and HTTPS only. TLS peers are verified.
+    /// Starts the request. Follows at most 5 redirects, to HTTP and HTTPS only. TLS peers are verified:
+    /// their name and validity, and that a trusted root vouches for them; lists of revoked certificates only where they
+    /// can be had.
     /// @param callback called exactly once, later, on a thread of the IOWorker, with no lock held; it
     ///                 may take its time without holding up a transfer. The client pointer it receives is null when the
     ///                 owner has let go of the client. A request that got no response, an incomplete one (a body
@@ -139,6 +141,10 @@ public:
     ///         control character, or a client that has had its request
     bool request(const std::shared_ptr<HTTPClientRequest>& request, const Completion& callback,
                  const std::string& extra);
+
+    /// The roots that TLS peers of requests started from now on must stand under, as PEM text, in place of the
+    /// system's; an empty text restores those. Thread-safe.
+    static void setTrustedRoots(const std::string& pem);
 
 private:
     const std::shared_ptr<IOWorker::Impl> mWorker;

@@ -1,12 +1,7 @@
-// What goes out, what is refused, and the peers that are not trusted.
-#include "CertificateMaker.h"
+// What goes out, and what is refused.
 #include "EnvironmentVariable.h"
 #include "Fetch.h"
-#include "FileText.h"
-#include "HostTools.h"
 #include "HttpFileServer.h"
-#include "StartedTool.h"
-#include "TempDir.h"
 
 namespace {
 
@@ -213,51 +208,6 @@ TEST(FailedConnections, EndWithStatus0) {
     fetch.run(IOWorker::create(1));
     EXPECT_EQ(fetch.status(), 0);
     EXPECT_EQ(fetch.completions, 1);
-}
-
-TEST(SecurePeers, ThatSpeakNoTlsAreRefused) {
-    HttpFileServer server;
-    server.serve("/a", "ok");
-    Fetch fetch("https://" + server.host() + "/a");
-    fetch.timeout(300).run(IOWorker::create(1));
-    EXPECT_NE(fetch.status(), 200);
-    EXPECT_EQ(server.requests().size(), 0U);
-}
-
-/// A TLS server that serves one connection.
-class TlsServer {
-public:
-    TlsServer(const std::string& directory, const Credential& credential)
-        : mProgram({"openssl", "s_server", "-accept", "127.0.0.1:0", "-naccept", "1", "-www", "-cert",
-                    toolPath(saved(directory + "/peer.pem", credential))}) {
-        while (const auto line = mProgram.readLine()) {
-            const auto colon = line->rfind(':');
-            if (!line->starts_with("ACCEPT") || colon == std::string::npos) continue;
-            mPort = line->substr(colon + 1);
-            break;
-        }
-    }
-    const std::string& port() const { return mPort; }
-
-private:
-    static std::string saved(const std::string& file, const Credential& credential) {
-        writeText(file, credential.certificate + credential.key);
-        return file;
-    }
-
-    StartedTool mProgram;
-    std::string mPort;
-};
-
-TEST(SecurePeers, WithACertificateOfNoTrustedRootAreRefused) {
-    TempDir directory;
-    CertificateSpec spec;
-    spec.commonName = "127.0.0.1";
-    TlsServer server(directory.path(), makeCertificate(spec));
-    ASSERT_FALSE(server.port().empty());
-    Fetch fetch("https://127.0.0.1:" + server.port() + "/");
-    fetch.run(IOWorker::create(1));
-    EXPECT_EQ(fetch.status(), 0);
 }
 
 }  // namespace
