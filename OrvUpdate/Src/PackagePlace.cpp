@@ -1,13 +1,13 @@
 #include "PackagePlace.h"
 
-#include <filesystem>
 #include <mutex>
 
-#include "Public/Base/StringEx.h"
+#include "Public/Base/FileEntry.h"
 
 namespace Tarnwick::OrvUpdate {
 
 using Public::Base::File;
+using Public::Base::FileEntry;
 using Public::Base::MappedFile;
 
 namespace {
@@ -18,19 +18,12 @@ std::mutex& placeMutex() {
     return mutex;
 }
 
-/// Anything else, such as a link, is opened as it stands.
-bool isPlainFile(const std::string& path) {
-    const std::string plain = Public::Base::StringEx::replace(path, "\\", "/");
-    std::error_code unknown;
-    return std::filesystem::is_regular_file(
-        std::filesystem::symlink_status(std::u8string(plain.begin(), plain.end()), unknown));
-}
-
 }  // namespace
 
 bool openPackageAnew(File& file, const std::string& path) {
     std::lock_guard lock(placeMutex());
-    if (isPlainFile(path)) File::remove(path);
+    // Anything else, such as a link, is opened as it stands.
+    if (FileEntry::at(path).kind == FileEntry::Kind::File) File::remove(path);
     return file.open(path, Public::Base::OpenMode_Create);
 }
 

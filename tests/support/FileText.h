@@ -20,6 +20,12 @@ inline void writeText(const std::string& path, const std::string& text) {
     std::ofstream(file, std::ios::binary | std::ios::trunc) << text;
 }
 
+/// Nobody but an administrator may write the file any more.
+inline void makeReadOnly(const std::string& path) {
+    using std::filesystem::perms;
+    std::filesystem::permissions(pathOf(path), perms::owner_read | perms::group_read | perms::others_read);
+}
+
 /// The file's content; nothing when it is not there.
 inline std::optional<std::string> readText(const std::string& path) {
     const std::filesystem::path name = pathOf(path);

@@ -67,8 +67,9 @@ private:
         std::vector<Step> wanted;
         std::set<std::string> names;
         imports.forEach([&](std::string_view text) {
-            if (text == ownName) return;
-            const std::string name = fileName(std::string(text));
+            const std::string imported = System::fromCodePage(std::string(text));
+            if (imported == ownName) return;
+            const std::string name = fileName(imported);
             const auto place = mTree.find(StringEx::toLower(name));
             if (place == mTree.end() || !names.insert(place->first).second) return;
             wanted.push_back({{place->second.directory + "\\" + place->second.fileName, name}, false});

@@ -1,8 +1,9 @@
 #include "ModuleTree.h"
 
-#include <filesystem>
 #include <set>
 
+#include "Public/Base/File.h"
+#include "Public/Base/FileEntry.h"
 #include "Public/Base/StringEx.h"
 #include "Public/Base/System.h"
 
@@ -48,14 +49,12 @@ private:
 
     /// Remembers where the directory really is.
     bool isNew(const std::string& directory) {
-        std::error_code error;
-        const std::string plain = StringEx::replace(directory, "\\", "/");
-        const auto real = std::filesystem::canonical(std::u8string(plain.begin(), plain.end()), error);
-        return error || mSeen.insert(real.u8string()).second;
+        const std::string real = FileEntry::resolved(directory);
+        return real.empty() || mSeen.insert(real).second;
     }
 
     std::map<std::string, ModulePlace> mModules;
-    std::set<std::u8string> mSeen;
+    std::set<std::string> mSeen;
 };
 
 }  // namespace

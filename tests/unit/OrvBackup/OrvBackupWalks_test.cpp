@@ -1,4 +1,5 @@
 // Saving and restoring whole directories.
+#include "FileKinds.h"
 #include "LogRecorder.h"
 #include "OrvBackupFixture.h"
 
@@ -126,7 +127,7 @@ TEST_F(OrvBackupTest, WalkOverATreeThatHoldsTheBackupItselfEnds) {
 
 TEST_F(OrvBackupTest, WalkDoesNotFollowALoopOfLinks) {
     writeText(app("sub/a.txt"), "A");
-    std::filesystem::create_directory_symlink(app(), app("sub/back"));
+    support::makeDirectoryLink(app(), app("sub/back"));
     std::filesystem::create_directories(saved());
     EXPECT_EQ(mBackup.backup(app(), note()).errorCode(), 0);
     EXPECT_EQ(readText(saved("a.txt")), "A");

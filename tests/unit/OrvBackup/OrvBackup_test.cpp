@@ -4,6 +4,7 @@
 #include "FileSizeLimit.h"
 #include "LogRecorder.h"
 #include "OrvBackupFixture.h"
+#include "SystemErrors.h"
 
 using namespace Tarnwick::OrvUpdate;
 using support::filesBelow;
@@ -196,7 +197,9 @@ TEST_F(OrvBackupTest, ANameThatClimbsIsNotRestoredOutsideOfTheDirectory) {
 
 TEST_F(OrvBackupTest, ADirectoryWithoutANameDoesNotStandForTheRoot) {
     // Behind an empty text the names would be taken from the root, or put there.
-    const std::string name = app("a.txt").substr(1);
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(mRoot);  // a root is that of the drive at hand
+    const std::string name = std::filesystem::path(app("a.txt")).relative_path().generic_string();
     writeText(app("a.txt"), "old");
     OrvBackup nowhere("");
     EXPECT_EQ(nowhere.backup("a.txt", app()).errorCode(), -602);
@@ -204,6 +207,7 @@ TEST_F(OrvBackupTest, ADirectoryWithoutANameDoesNotStandForTheRoot) {
     EXPECT_EQ(mBackup.backup(name, "").errorCode(), -602);
     EXPECT_EQ(mBackup.restore(name, "").errorCode(), -602);
     EXPECT_FALSE(std::filesystem::exists("/a.txt"));
+    std::filesystem::current_path(before);
     EXPECT_EQ(filesBelow(mRoot), (std::set<std::string>{"app/a.txt"}));
     EXPECT_EQ(readText(app("a.txt")), "old");
 }
@@ -223,10 +227,10 @@ TEST_F(OrvBackupTest, AFullDiskGivesTheSystemsErrorAndKeepsTheSource) {
     std::filesystem::create_directories(saved());
     {
         const support::FileSizeLimit full(4096);
-        EXPECT_EQ(mBackup.backup("big.bin", app()).errorCode(), -(10000 + EFBIG));
+        EXPECT_EQ(mBackup.backup("big.bin", app()).errorCode(), support::errorOf(support::SystemError::FileLimit));
         EXPECT_EQ(mBackup.backup(app(), note()).errorCode(), 0);
     }
-    EXPECT_EQ(mResults["/big.bin"].errorCode(), -(10000 + EFBIG));
+    EXPECT_EQ(mResults["/big.bin"].errorCode(), support::errorOf(support::SystemError::FileLimit));
     EXPECT_EQ(mResults["/small.txt"].errorCode(), 0);
     EXPECT_EQ(readText(app("big.bin")), content);
     EXPECT_FALSE(std::filesystem::exists(saved("big.bin")));  // a copy leaves nothing half-way

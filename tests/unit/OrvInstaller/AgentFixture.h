@@ -20,8 +20,12 @@ namespace Tarnwick::OrvUpdate {
 /// answers as a test wants. No program is really started.
 class AgentFixture : public testing::Test {
 protected:
-    AgentFixture() {
-        support::makePackage({}, mPackage);
+    /// @param below a directory, with a separator in front, in which all of the machine lies
+    explicit AgentFixture(const std::string& below = {}) : mRoot(mDir.path() + below) {
+        support::makePackage({}, mDir.path() + "/package.exe");
+        Public::Base::File::makeDirectory(mRoot + "/store");
+        EXPECT_TRUE(Public::Base::File::copy(mDir.path() + "/package.exe", mPackage));
+        Public::Base::File::remove(mDir.path() + "/package.exe");
         mVersion->setVersion("1.11.0.8");
         mVersion->setLocalFileName(mPackage);
         support::writeText(mProgramDir + "/orvInstaller.exe",
@@ -29,7 +33,7 @@ protected:
         support::writeText(mProgramDir + "/core.dll", support::buildPe({true, {}, {}, "core"}).bytes);
         support::writeText(mProgramDir + "/host.dll", support::buildPe({true, {}, {}, "host"}).bytes);
         Public::Base::File::setExcutableFileFullPath(mProgramDir);
-        std::filesystem::create_directories(mDrive);
+        Public::Base::File::makeDirectory(mDrive);
         Public::Base::System::setSystemDirectory(mDrive + "/Windows/system32");
     }
     ~AgentFixture() override {
@@ -64,11 +68,12 @@ protected:
 
     support::TempDir mDir;
     support::ProgramRecorder mPrograms;
-    const std::string mPackage = mDir.path() + "/store/package.exe";
-    const std::string mProgramDir = mDir.path() + "/bin";
-    const std::string mDrive = mDir.path() + "/drive";
+    const std::string mRoot;
+    const std::string mPackage = mRoot + "/store/package.exe";
+    const std::string mProgramDir = mRoot + "/bin";
+    const std::string mDrive = mRoot + "/drive";
     const std::shared_ptr<WatchedVersion> mVersion =
-        std::make_shared<WatchedVersion>(nullptr, mDir.path() + "/store", std::string("server"));
+        std::make_shared<WatchedVersion>(nullptr, mRoot + "/store", std::string("server"));
 
     bool mConsent = true;
     std::string mFirst;

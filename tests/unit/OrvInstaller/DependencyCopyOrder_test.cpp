@@ -1,5 +1,6 @@
 // Imports that go in circles, and the order in which modules are copied.
 #include "DependencyCopyFixture.h"
+#include "FileKinds.h"
 
 using namespace Tarnwick::OrvUpdate;
 using support::writeText;
@@ -55,9 +56,9 @@ TEST_F(DependencyCopy, EndsWithALoopOfLinkedDirectories) {
     module("app.exe", {"a.dll", "b.dll"});
     module("sub/a.dll");
     module("z/b.dll");
-    std::filesystem::create_directory_symlink(mSource, source("sub/up"));
-    std::filesystem::create_directory_symlink(mSource, source("sub/up2"));
-    std::filesystem::create_directory_symlink(".", source("here"));
+    support::makeDirectoryLink(mSource, source("sub/up"));
+    support::makeDirectoryLink(mSource, source("sub/up2"));
+    support::makeDirectoryLink(mSource, source("here"));
     EXPECT_TRUE(copy());
     EXPECT_EQ(copied(), (Names{"a.dll", "app.exe", "b.dll"}));
 }
@@ -86,8 +87,10 @@ TEST_F(DependencyCopy, ListsEachModuleBehindWhatItImportsAndTheProgramLast) {
 
 TEST_F(DependencyCopy, ListsNoModuleThatCannotBeOpened) {
     module("app.exe", {"a.dll", "b.dll"});
-    std::filesystem::create_symlink("nowhere", source("a.dll"));
+    module("a.dll", {"c.dll"});
     module("b.dll");
+    module("c.dll");
+    const support::WithheldFile withheld(source("a.dll"));
     EXPECT_EQ(listed(), (std::vector<std::string>{"b.dll", "app.exe"}));
 }
 

@@ -2,6 +2,8 @@
 #include "OrvInstaller/DependencyCopy.h"
 
 #include "DependencyCopyFixture.h"
+#include "FileKinds.h"
+#include "Public/Base/File.h"
 
 using namespace Tarnwick::OrvUpdate;
 using support::filesBelow;
@@ -51,15 +53,6 @@ TEST_F(DependencyCopy, FindsAnImportOfAnotherSpelling) {
     EXPECT_EQ(readText(target("Media.dll")), image("MEDIA.dll", {}));
 }
 
-TEST_F(DependencyCopy, PrefersTheLowerCaseFileOfTwoSpellings) {
-    module("app.exe", {"Core.dll"});
-    module("CORE.dll");
-    module("core.dll");
-    module("coRe.dll");
-    EXPECT_TRUE(copy());
-    EXPECT_EQ(readText(target("Core.dll")), image("core.dll"));
-}
-
 TEST_F(DependencyCopy, CopiesALibraryOfASubDirectoryToTheTop) {
     module("app.exe", {"codec.dll"});
     module("plugins/deep/codec.dll", {"util.dll"});
@@ -97,6 +90,7 @@ TEST_F(DependencyCopy, SearchesSubDirectoriesDepthFirst) {
 TEST_F(DependencyCopy, DoesNotFindAHiddenLibrary) {
     module("app.exe", {".hidden.dll", "a.dll"});
     module(".hidden.dll");
+    support::hide(source(".hidden.dll"));
     module("a.dll");
     EXPECT_TRUE(copy());
     EXPECT_EQ(copied(), (Names{"a.dll", "app.exe"}));
@@ -105,6 +99,7 @@ TEST_F(DependencyCopy, DoesNotFindAHiddenLibrary) {
 TEST_F(DependencyCopy, DoesNotLookIntoAHiddenDirectory) {
     module("app.exe", {"a.dll"});
     module(".secret/a.dll");
+    support::hide(source(".secret"));
     EXPECT_TRUE(copy());
     EXPECT_EQ(copied(), Names{"app.exe"});
 }
@@ -157,6 +152,27 @@ TEST_F(DependencyCopy, DoesNotReportAFailedCopy) {
     std::filesystem::create_directories(target("a.dll"));
     EXPECT_TRUE(copy());
     EXPECT_EQ(copied(), Names{"app.exe"});
+}
+
+TEST_F(DependencyCopy, OverwritesAReadOnlyFileThatIsThere) {
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    writeText(target("a.dll"), "old");
+    support::makeReadOnly(target("a.dll"));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("a.dll")), image("a.dll"));
+}
+
+TEST_F(DependencyCopy, CopiesReadOnlyFilesAndCanDoSoAgain) {
+    module("app.exe", {"a.dll"});
+    module("a.dll");
+    support::makeReadOnly(source("a.dll"));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("a.dll")), image("a.dll"));
+    ASSERT_TRUE(Public::Base::File::remove(source("a.dll")));
+    writeText(source("a.dll"), image("newer"));
+    EXPECT_TRUE(copy());
+    EXPECT_EQ(readText(target("a.dll")), image("newer"));
 }
 
 TEST_F(DependencyCopy, SucceedsAndCopiesNothingWithoutATarget) {

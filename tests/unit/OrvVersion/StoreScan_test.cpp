@@ -1,39 +1,12 @@
 // What a scan of the store finds.
-#include <sys/stat.h>
-
 #include "Archive/NSISDecompile.h"
-#include "FileText.h"
+#include "FileKinds.h"
 #include "LogRecorder.h"
-#include "PackageStore.h"
 #include "ServerIdSource.h"
+#include "StoreScanFixture.h"
 
 using namespace Tarnwick::OrvUpdate;
 using namespace Public::Base;
-using support::PackageSpec;
-using support::SigningKit;
-
-namespace {
-
-const std::string sPlace = "Online/Windows x64 Client/1.11.0.8/1.11.0.8.exe";
-
-class StoreScan : public testing::Test {
-protected:
-    /// The one entry that the scan finds; null when it finds none or several.
-    std::shared_ptr<IVersion> only() const {
-        const VersionSet found = mStore.scan();
-        return found.size() == 1 ? *found.begin() : nullptr;
-    }
-
-    support::PackageStore mStore;
-};
-
-/// With a publisher that is trusted.
-class SignedStoreScan : public StoreScan {
-protected:
-    support::TrustRoots mTrust{SigningKit().rootPem()};
-};
-
-}  // namespace
 
 TEST_F(StoreScan, FindsNothingInAMissingDirectory) {
     VersionSet found;
@@ -218,18 +191,11 @@ TEST_F(StoreScan, TakesNoFileForADirectory) {
 TEST_F(StoreScan, FollowsNoLinkOutOfTheStore) {
     support::PackageStore other;
     other.put(sPlace);
-    std::filesystem::create_directory_symlink(other.path("Online"), mStore.path("Online"));
+    support::makeDirectoryLink(other.path("Online"), mStore.path("Online"));
     EXPECT_TRUE(mStore.scan().empty());
 }
 
 // Files that are no sound packages: skipped, left where they are, without a word
-
-struct Damage {
-    std::string name;
-    std::function<void(const std::string&)> apply;
-};
-
-class StoreScanDamage : public StoreScan, public testing::WithParamInterface<Damage> {};
 
 TEST_P(StoreScanDamage, SkipsTheFileSilentlyAndKeepsIt) {
     const std::string path = mStore.put(sPlace);
@@ -253,17 +219,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"Empty", [](const std::string& path) { support::writeText(path, ""); }},
                     Damage{"Text", [](const std::string& path) { support::writeText(path, "no package"); }},
                     Damage{"ProgramWithoutPackage",
-                           [](const std::string& path) { support::writeText(path, support::programImage(64, "x")); }},
-                    Damage{"Pipe",
-                           [](const std::string& path) {
-                               std::filesystem::remove(path);
-                               ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-                           }},
-                    Damage{"DanglingLink",
-                           [](const std::string& path) {
-                               std::filesystem::remove(path);
-                               std::filesystem::create_symlink("nowhere", path);
-                           }}),
+                           [](const std::string& path) { support::writeText(path, support::programImage(64, "x")); }}),
     [](const auto& test) { return test.param.name; });
 
 TEST_F(StoreScan, TakesAnUnsignedFileAgainOnceTheAppendedByteIsGone) {

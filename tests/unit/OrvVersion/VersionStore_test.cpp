@@ -4,6 +4,7 @@
 #include "FileSizeLimit.h"
 #include "FileText.h"
 #include "OrvVersionAccess.h"
+#include "SystemErrors.h"
 #include "TempDir.h"
 
 using namespace Tarnwick::OrvUpdate;
@@ -182,7 +183,7 @@ TEST_F(SaveVersion, IgnoresTheLocalFileName) {
 
 TEST_F(SaveVersion, MakesNoDirectoryAndReportsTheSystemsError) {
     const ErrorInfo error = mVersion->saveVersion("content");
-    EXPECT_EQ(static_cast<int>(error.errorCode()), -(10000 + ENOENT));
+    EXPECT_EQ(static_cast<int>(error.errorCode()), support::errorOf(support::SystemError::DirectoryNotThere));
     EXPECT_NE(error.errorMessage(), "");
     EXPECT_TRUE(std::filesystem::is_empty(mStore.path()));
 }
@@ -200,6 +201,6 @@ TEST_F(SaveVersion, OnAFullDiskGivesTheSystemsError) {
         const support::FileSizeLimit full(4096);
         error = mVersion->saveVersion(std::string(1 << 20, 'x'));
     }
-    EXPECT_EQ(static_cast<int>(error.errorCode()), -(10000 + EFBIG));
+    EXPECT_EQ(static_cast<int>(error.errorCode()), support::errorOf(support::SystemError::FileLimit));
     EXPECT_TRUE(support::filesBelow(mDirectory).empty());  // nothing half-way
 }

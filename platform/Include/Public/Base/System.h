@@ -84,6 +84,9 @@ public:
     /// Puts another in its place; an empty text restores the default.
     static void setSystemDirectory(const std::string& path);
 
+    /// Text in the system's code page, in which its loader takes the names of modules, as UTF-8; on POSIX it is UTF-8.
+    static std::string fromCodePage(const std::string& text);
+
     /// Copies a file as the system does, overwriting the target. @return false on failure (ErrorInfo::getLastError)
     static bool copyFile(const std::string& from, const std::string& to);
 

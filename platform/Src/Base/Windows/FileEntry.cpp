@@ -14,11 +14,6 @@ namespace {
 constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                             FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
 
-bool meansAbsent(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME ||
-           error == ERROR_BAD_NETPATH || error == ERROR_BAD_NET_NAME || error == ERROR_DIRECTORY;
-}
-
 FileEntry::Kind kindOf(HANDLE file, const BY_HANDLE_FILE_INFORMATION& told) {
     if (::GetFileType(file) != FILE_TYPE_DISK) return FileEntry::Kind::Other;
     if ((told.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && leadsElsewhere(file))

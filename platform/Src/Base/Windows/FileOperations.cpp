@@ -50,9 +50,7 @@ bool File::isAbsent(const std::string& path) {
     if (queryStatus(native, status)) return false;
     const DWORD reason = ::GetLastError();
     failWith(reason);
-    // A name that the system cannot have is one that nothing bears.
-    return reason == ERROR_FILE_NOT_FOUND || reason == ERROR_PATH_NOT_FOUND || reason == ERROR_INVALID_NAME ||
-           reason == ERROR_BAD_PATHNAME || reason == ERROR_DIRECTORY || reason == ERROR_INVALID_DRIVE;
+    return meansAbsent(reason);
 }
 
 uint64_t File::getLength(const std::string& path) {

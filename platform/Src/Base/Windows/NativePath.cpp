@@ -67,6 +67,13 @@ void liftLimit(std::wstring& native) {
 
 std::string fromNative(const std::wstring& native) { return StringEx::wstring2string(native); }
 
+bool meansAbsent(DWORD nativeError) {
+    // A name that the system cannot have is one that nothing bears.
+    return nativeError == ERROR_FILE_NOT_FOUND || nativeError == ERROR_PATH_NOT_FOUND ||
+           nativeError == ERROR_INVALID_NAME || nativeError == ERROR_BAD_PATHNAME || nativeError == ERROR_DIRECTORY ||
+           nativeError == ERROR_INVALID_DRIVE;
+}
+
 OwnedHandle openShared(const std::wstring& native, DWORD access, DWORD disposition, DWORD flags) {
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     OwnedHandle opened;

@@ -21,6 +21,9 @@ std::string fromNative(const std::wstring& native);
 bool failWithLastError();
 bool failWith(DWORD nativeError);
 
+/// True for a failure that tells that nothing lies under a name.
+bool meansAbsent(DWORD nativeError);
+
 /// Opens what is there, a directory too, so that others may read, write, rename and remove it meanwhile.
 OwnedHandle openShared(const std::wstring& native, DWORD access, DWORD disposition = OPEN_EXISTING, DWORD flags = 0);
 /// What the system tells of a path; links are followed. @return false with GetLastError

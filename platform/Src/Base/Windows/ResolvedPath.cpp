@@ -1,6 +1,8 @@
 // Paths made absolute, with links followed.
 #include <algorithm>
-#include <iterator>
+#include <cstddef>
+#include <cstring>
+#include <vector>
 
 #include "Base/Windows/NativePath.h"
 #include "Public/Base/FileEntry.h"
@@ -9,69 +11,83 @@ namespace Public::Base {
 
 namespace {
 
-constexpr wchar_t kLongForm[] = L"\\\\?\\";
-constexpr wchar_t kLongShare[] = L"\\\\?\\UNC\\";
-
-std::wstring withoutLongForm(const std::wstring& path) {
-    if (path.starts_with(kLongShare)) return L"\\\\" + path.substr(std::size(kLongShare) - 1);
-    return path.starts_with(kLongForm) ? path.substr(std::size(kLongForm) - 1) : path;
+/// Where a file lies on its volume, beginning with a separator; empty on failure.
+std::wstring placeOnVolume(const OwnedHandle& opened) {
+    constexpr size_t kLongest = 32768;
+    std::vector<unsigned char> buffer(sizeof(FILE_NAME_INFO) + kLongest * sizeof(wchar_t));
+    if (!::GetFileInformationByHandleEx(opened.get(), FileNameInfo, buffer.data(), static_cast<DWORD>(buffer.size()))) {
+        return {};
+    }
+    FILE_NAME_INFO found{};
+    std::memcpy(&found, buffer.data(), sizeof found);
+    std::wstring name(found.FileNameLength / sizeof(wchar_t), L'\0');
+    std::memcpy(name.data(), buffer.data() + offsetof(FILE_NAME_INFO, FileName), found.FileNameLength);
+    return name;
 }
 
-std::wstring absolute(const std::wstring& native) {
-    if (native.starts_with(kLongForm)) return native;
-    const DWORD needed = ::GetFullPathNameW(native.c_str(), 0, nullptr, nullptr);
-    std::wstring whole(needed, L'\0');
-    const DWORD length = ::GetFullPathNameW(native.c_str(), needed, whole.data(), nullptr);
-    whole.resize(length < needed ? length : 0);
-    return whole;
+/// The drive under which a path was given, when what is open lies on its volume; else empty.
+std::wstring driveOf(const std::wstring& full, const OwnedHandle& opened) {
+    const size_t begin = full.starts_with(L"\\\\?\\") ? 4 : 0;
+    if (full.size() < begin + 2 || full[begin + 1] != L':') return {};
+    const std::wstring drive = full.substr(begin, 2);
+    BY_HANDLE_FILE_INFORMATION root{}, here{};
+    const bool isKnown = queryStatus(drive + L"\\", root) && ::GetFileInformationByHandle(opened.get(), &here);
+    return isKnown && root.dwVolumeSerialNumber == here.dwVolumeSerialNumber ? drive : std::wstring();
 }
 
-/// Of something that is there, its path without links and short names. @return false when it is not there or cannot be
-/// looked at, by GetLastError
-bool finalPath(const std::wstring& path, std::wstring& found) {
-    const OwnedHandle entry = openShared(path, 0);
-    if (!entry.isOpen()) return false;
-    const DWORD needed = ::GetFinalPathNameByHandleW(entry.get(), nullptr, 0, FILE_NAME_NORMALIZED);
-    found.assign(needed, L'\0');
-    const DWORD length = ::GetFinalPathNameByHandleW(entry.get(), found.data(), needed, FILE_NAME_NORMALIZED);
-    found.resize(length < needed ? length : 0);
-    if (found.empty()) found = path;  // of a volume without a letter
+/// Where the system has what was opened under this path; empty on failure.
+std::wstring placeOf(const std::wstring& full, const OwnedHandle& opened) {
+    std::wstring place(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length =
+            ::GetFinalPathNameByHandleW(opened.get(), place.data(), static_cast<DWORD>(place.size()), 0);
+        if (length == 0) break;
+        const bool fits = length < place.size();
+        place.resize(length);
+        if (fits) return place;
+    }
+    // Some systems tell long ones in this way alone.
+    const DWORD refused = ::GetLastError();
+    const std::wstring drive = driveOf(full, opened);
+    const std::wstring name = drive.empty() ? drive : placeOnVolume(opened);
+    if (name.empty()) failWith(refused);
+    return name.empty() ? name : drive + name;
+}
+
+std::string plainText(std::wstring path) {
+    if (path.starts_with(L"\\\\?\\UNC\\")) {
+        path.replace(0, 7, L"\\");
+    } else if (path.starts_with(L"\\\\?\\")) {
+        path.erase(0, 4);
+    }
+    std::replace(path.begin(), path.end(), L'\\', L'/');
+    return fromNative(path);
+}
+
+/// Takes the last name off, and puts it in front of the rest. @return false at a root
+bool climb(std::wstring& path, std::wstring& rest) {
+    const size_t at = path.rfind(L'\\');
+    if (at == std::wstring::npos || at + 1 == path.size()) return false;
+    const bool isBelowDrive = at > 0 && path[at - 1] == L':';
+    rest.insert(0, path.substr(isBelowDrive ? at + 1 : at));
+    path.resize(isBelowDrive ? at + 1 : at);
     return true;
-}
-
-bool meansAbsent(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME ||
-           error == ERROR_DIRECTORY;
 }
 
 }  // namespace
 
 std::string FileEntry::resolved(const std::string& path) {
-    std::wstring native;
-    if (!toNativePath(path, native)) return {};
-    std::wstring there = absolute(native);
+    std::wstring full;
+    if (!toNativePath(path, full)) return {};
     std::wstring rest;
-    std::wstring found;
-    while (!there.empty() && !finalPath(there, found)) {
-        if (const DWORD reason = ::GetLastError(); !meansAbsent(reason)) {
-            failWith(reason);
-            return {};
-        }
-        const size_t separator = there.find_last_of(L"\\/", there.size() - 2);
-        if (separator == std::wstring::npos || there.ends_with(L':')) {
-            found = there;  // nothing is there, not even the volume
-            break;
-        }
-        rest = there.substr(separator) + rest;
-        there.resize(separator);
-        if (there.ends_with(L':')) there += L'\\', rest.erase(0, 1);
+    for (;;) {
+        const OwnedHandle opened = openShared(full, 0);
+        const DWORD refused = opened.isOpen() ? 0 : ::GetLastError();
+        if (opened.isOpen()) full = placeOf(full, opened);
+        if (full.empty()) return {};
+        if (refused != 0 && !meansAbsent(refused)) return failWith(refused), std::string();
+        if (refused == 0 || !climb(full, rest)) return plainText(full + rest);
     }
-    std::wstring whole = withoutLongForm(found);
-    if (!rest.empty() && !rest.starts_with(L'\\') && !whole.ends_with(L'\\')) whole += L'\\';
-    whole += rest;
-    std::replace(whole.begin(), whole.end(), L'\\', L'/');
-    while (whole.size() > 1 && whole.ends_with(L'/') && !whole.ends_with(L":/")) whole.pop_back();
-    return fromNative(whole);
 }
 
 }  // namespace Public::Base

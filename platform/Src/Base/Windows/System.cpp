@@ -21,9 +21,15 @@ bool System::copyFile(const std::string& from, const std::string& to) {
     // Beside the target first, for a copy that fails takes away what it was to replace.
     const std::wstring beside = nameBeside(target, L".part");
     if (!persist([&] { return ::CopyFileW(source.c_str(), beside.c_str(), TRUE) != 0; })) return failWithLastError();
+    // The system replaces no file that is protected so, not even one that it copied itself.
+    const DWORD attributes = ::GetFileAttributesW(target.c_str());
+    const bool isProtected = attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY) &&
+                             (attributes & FILE_ATTRIBUTE_READONLY);
+    if (isProtected) ::SetFileAttributesW(target.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
     const auto replace = [&] { return ::MoveFileExW(beside.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != 0; };
     if (persist(replace)) return true;
     const DWORD refused = ::GetLastError();
+    if (isProtected) ::SetFileAttributesW(target.c_str(), attributes);
     ::SetFileAttributesW(beside.c_str(), FILE_ATTRIBUTE_NORMAL);
     deleteFile(beside);
     return failWith(refused);
