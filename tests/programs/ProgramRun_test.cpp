@@ -46,9 +46,8 @@ INSTANTIATE_TEST_SUITE_P(Each, ProgramArguments,
                          testing::Values(Argument{"Plain", "plain"}, Argument{"TwoBlanks", "two  blanks"},
                                          Argument{"OtherScripts", "\xE5\xAE\x89\xE8\xA3\x85/\xF0\x9F\x8E\xA5"},
                                          Argument{"EndsInABackslash", "a\\"},
-                                         Argument{"EndsInTwoBehindABlank", "a b\\\\"},
-                                         Argument{"Quote", "it's \"x\\\" y\""}, Argument{"Option", "-x"},
-                                         Argument{"VariableOfWindows", "%TEMP%"},
+                                         Argument{"EndsInTwoBehindABlank", "a b\\\\"}, Argument{"Apostrophe", "it's x"},
+                                         Argument{"Option", "-x"}, Argument{"VariableOfWindows", "%TEMP%"},
                                          Argument{"VariableOfAShell", "$HOME"}),
                          [](const auto& one) { return one.param.title; });
 
