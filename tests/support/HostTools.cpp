@@ -9,13 +9,14 @@ std::string quoted(const std::string& word) {
     return out + "'";
 }
 
-}  // namespace
-
+/// After what lets every tool take names and texts as UTF-8.
 std::string shellWords(const std::vector<std::string>& words) {
     std::string text = "LC_ALL=C.UTF-8";
     for (const auto& word : words) text += " " + quoted(word);
     return text;
 }
+
+}  // namespace
 
 std::string shellCommand(const ToolCall& call, const std::string& results) {
     std::string command;

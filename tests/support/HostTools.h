@@ -26,8 +26,6 @@ ToolResult runTool(const ToolCall& call);
 /// runs under wine has tools of the machine below it, which know no drives.
 std::string toolPath(const std::string& path);
 
-/// The words as a POSIX shell takes them, after what lets every tool take names and texts as UTF-8.
-std::string shellWords(const std::vector<std::string>& words);
 /// The command by which a POSIX shell does the call, with the two streams in "out" and "err" of a directory.
 std::string shellCommand(const ToolCall& call, const std::string& results);
 

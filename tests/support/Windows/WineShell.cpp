@@ -36,6 +36,18 @@ void startShell(const std::string& script, sockets::Socket output) {
     if (started.hThread != nullptr) ::CloseHandle(started.hThread);
 }
 
+/// Starts the shell. @return where its output comes in, until it ends
+sockets::Socket startInShell(const std::string& script) {
+    uint16_t port = 0;
+    const auto listener = sockets::listenOnLoopback(port);
+    const auto ours = sockets::connectToLoopback(port);
+    const auto theirs = sockets::acceptPeer(listener);
+    sockets::close(listener);
+    startShell(script, theirs);
+    sockets::close(theirs);
+    return ours;
+}
+
 /// All that comes until the peer's last owner is gone.
 std::string receiveAll(sockets::Socket socket) {
     std::string text;
@@ -54,17 +66,6 @@ std::string unixPath(const std::string& path) {
     std::string text = name;
     ::HeapFree(::GetProcessHeap(), 0, name);
     return text;
-}
-
-sockets::Socket startInShell(const std::string& script) {
-    uint16_t port = 0;
-    const auto listener = sockets::listenOnLoopback(port);
-    const auto ours = sockets::connectToLoopback(port);
-    const auto theirs = sockets::acceptPeer(listener);
-    sockets::close(listener);
-    startShell(script, theirs);
-    sockets::close(theirs);
-    return ours;
 }
 
 int runInShell(const std::string& command) {
