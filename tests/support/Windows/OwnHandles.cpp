@@ -2,42 +2,18 @@
 
 namespace support {
 
-namespace {
-
-// The list of the handles of all processes.
-constexpr ULONG kAllHandles = 64;
-constexpr LONG kListIsLonger = static_cast<LONG>(0xC0000004);
-
-struct ListedHandle {
-    void* object;
-    ULONG_PTR process, handle;
-    ULONG access;
-    USHORT trace, type;
-    ULONG attributes, reserved;
-};
-struct HandleList {
-    ULONG_PTR count, reserved;
-    ListedHandle handles[1];
-};
-
-using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
-
-}  // namespace
-
+// Not by the list that the system has of all processes: wine's server does not always survive the making of it. Handles
+// are small numbers, four apart, and a new one takes the smallest that is free.
 std::vector<HANDLE> ownHandles() {
-    const HMODULE library = ::GetModuleHandleW(L"ntdll.dll");
-    static const auto query =
-        reinterpret_cast<Query>(reinterpret_cast<void*>(::GetProcAddress(library, "NtQuerySystemInformation")));
-    std::vector<ULONG_PTR> room(1 << 14);
-    while (query(kAllHandles, room.data(), static_cast<ULONG>(room.size() * sizeof room[0]), nullptr) ==
-           kListIsLonger) {
-        room.resize(2 * room.size());
-    }
-    const auto* const list = reinterpret_cast<const HandleList*>(room.data());
+    constexpr unsigned kGap = 256;
     std::vector<HANDLE> own;
-    for (ULONG_PTR i = 0; i < list->count; ++i) {
-        const ListedHandle& each = list->handles[i];
-        if (each.process == ::GetCurrentProcessId()) own.push_back(reinterpret_cast<HANDLE>(each.handle));
+    unsigned missing = 0;
+    for (ULONG_PTR number = 4; missing < kGap; number += 4) {
+        const auto handle = reinterpret_cast<HANDLE>(number);
+        DWORD flags = 0;
+        const bool isOpen = ::GetHandleInformation(handle, &flags) != 0;
+        missing = isOpen ? 0 : missing + 1;
+        if (isOpen) own.push_back(handle);
     }
     return own;
 }

@@ -1,4 +1,4 @@
-// What this process has open, as the system lists it.
+// What this process has open.
 #pragma once
 
 #include <winsock2.h>
