@@ -18,11 +18,14 @@ constexpr size_t kLargestPiece = size_t{1} << 30;
 
 DWORD pieceOf(size_t length) { return static_cast<DWORD>(std::min(length, kLargestPiece)); }
 
-/// Not a directory, nor what a server has beside its files, such as a pipe.
+/// Not a directory, nor what a server has beside its files, such as a pipe. @return false with GetLastError
 bool isFile(HANDLE file) {
     BY_HANDLE_FILE_INFORMATION status{};
-    return ::GetFileType(file) == FILE_TYPE_DISK && ::GetFileInformationByHandle(file, &status) &&
-           !(status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
+    const bool isOnDisk = ::GetFileType(file) == FILE_TYPE_DISK;
+    if (isOnDisk && !::GetFileInformationByHandle(file, &status)) return false;
+    if (isOnDisk && !(status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return true;
+    ::SetLastError(ERROR_ACCESS_DENIED);
+    return false;
 }
 
 /// @return closed with GetLastError on failure
@@ -31,12 +34,9 @@ OwnedHandle openFor(const std::wstring& native, int mode) {
         case OpenMode_ReadDefault:
         case OpenMode_Read:
             return openShared(native, GENERIC_READ);
-        case OpenMode_Create: {
-            // Not the system's way of creating anew, which refuses a hidden file.
-            OwnedHandle file = openShared(native, GENERIC_WRITE, OPEN_ALWAYS);
-            return !file.isOpen() || !isFile(file.get()) || ::SetEndOfFile(file.get()) ? std::move(file)
-                                                                                       : OwnedHandle();
-        }
+        case OpenMode_Create:
+            // Emptied once it is known to be a file. The system's way of creating anew refuses a hidden one.
+            return openShared(native, GENERIC_WRITE, OPEN_ALWAYS);
         case OpenMode_CreateKeep:
             return openShared(native, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
         default:
@@ -61,7 +61,8 @@ bool File::open(const std::string& path, int mode) {
     if (!toNativePath(mPath, native)) return false;
     auto handle = std::make_unique<Handle>(Handle{openFor(native, mode)});
     if (!handle->file.isOpen()) return failWithLastError();
-    if (!isFile(handle->file.get())) return failWith(ERROR_ACCESS_DENIED);
+    if (!isFile(handle->file.get())) return failWithLastError();
+    if (mode == OpenMode_Create && !::SetEndOfFile(handle->file.get())) return failWithLastError();
     mHandle = std::move(handle);
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Base/Windows/HeldFile.h"
 #include "Base/Windows/LinkTarget.h"
 #include "Base/Windows/NativePath.h"
 #include "Public/Base/StringEx.h"
@@ -98,8 +99,8 @@ bool FileEntry::rename(const std::string& from, const std::string& to) {
     std::wstring source;
     std::wstring target;
     if (!toNativePath(from, source) || !toNativePath(to, target)) return false;
-    return ::MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) ||
-           failWithLastError();
+    constexpr DWORD kHow = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return persist([&] { return ::MoveFileExW(source.c_str(), target.c_str(), kHow) != 0; }) || failWithLastError();
 }
 
 bool FileEntry::removeEmptyDirectory(const std::string& path) {

@@ -1,6 +1,7 @@
 #include "Base/SignatureJudge.h"
 
 #include "Base/NativeError.h"
+#include "Base/Windows/HeldFile.h"
 #include "Base/Windows/NativePath.h"
 #include "SignatureChain.h"
 #include "SignatureCms.h"
@@ -68,8 +69,12 @@ Judgement judgeSigned(const PeSecurity& program, const std::string& path, const 
     std::wstring native;
     if (!toNativePath(path, native)) return {"unknown", "the file cannot be read"};
     // While it is open here nobody may write or replace it.
-    const OwnedHandle file(
-        ::CreateFileW(native.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    OwnedHandle file;
+    persist([&] {
+        file = OwnedHandle(
+            ::CreateFileW(native.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+        return file.isOpen();
+    });
     if (!file.isOpen()) return {"unknown", "the file cannot be read"};
 
     ProgramSignature signature;
