@@ -106,7 +106,8 @@ bool FileEntry::rename(const std::string& from, const std::string& to) {
 bool FileEntry::removeEmptyDirectory(const std::string& path) {
     std::wstring native;
     if (!toNativePath(path, native)) return false;
-    return ::RemoveDirectoryW(native.c_str()) || ::GetLastError() == ERROR_DIR_NOT_EMPTY || failWithLastError();
+    const bool removed = persist([&] { return ::RemoveDirectoryW(native.c_str()) != 0; });
+    return removed || ::GetLastError() == ERROR_DIR_NOT_EMPTY || failWithLastError();
 }
 
 bool FileEntry::isInUse(const std::string& path) {

@@ -47,7 +47,10 @@ bool removeName(const std::wstring& native) {
     OwnedHandle file = openToDelete(native);
     if (!file.isOpen()) return false;
     DWORD how = kDelete | kPosixSemantics;
-    if (::SetFileInformationByHandle(file.get(), kDispositionInfoEx, &how, sizeof how)) return true;
+    const auto attempt = [&] {
+        return ::SetFileInformationByHandle(file.get(), kDispositionInfoEx, &how, sizeof how) != 0;
+    };
+    if (persist(attempt)) return true;
     const DWORD refused = ::GetLastError();
     file.close();
     if (isUnknownCall(refused)) return renameAndDelete(native);
