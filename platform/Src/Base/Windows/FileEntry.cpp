@@ -84,8 +84,8 @@ bool FileEntry::makeLink(const std::string& target, const std::string& path) {
     std::replace(wanted.begin(), wanted.end(), L'/', L'\\');
     // Whether it is one to a directory must be said, and is told by what it leads to.
     const bool isAbsolute = wanted.starts_with(L'\\') || wanted.find(L':') != std::wstring::npos;
-    const std::wstring folder = native.substr(0, native.rfind(L'\\') + 1);
-    const DWORD leadsTo = ::GetFileAttributesW(((isAbsolute ? L"" : folder) + wanted).c_str());
+    const size_t folderLength = isAbsolute ? 0 : native.rfind(L'\\') + 1;
+    const DWORD leadsTo = ::GetFileAttributesW((native.substr(0, folderLength) + wanted).c_str());
     DWORD flags = SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE;
     if (leadsTo != INVALID_FILE_ATTRIBUTES && (leadsTo & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         flags |= SYMBOLIC_LINK_FLAG_DIRECTORY;
