@@ -89,7 +89,7 @@ std::string findFlawInMembers(const CERT_SIMPLE_CHAIN& chain, const char* purpos
         PCCERT_CONTEXT certificate = chain.rgpElement[i]->pCertContext;
         const bool isRoot = i + 1 == chain.cElement;
         if (!isRoot && !isNamedByIssuer(certificate, chain.rgpElement[i + 1]->pCertContext))
-            return std::string(sNotTrusted) + "an issuer is missing";
+            return sNotTrusted + std::string("an issuer is missing");
         if (!isStrong(certificate, isRoot)) return "the certificate chain is too weak";
         if (!isRoot && !permits(certificate, purpose))
             return "an issuer in the certificate chain is not meant for this usage";
