@@ -38,7 +38,7 @@ void TreeFixture::install(const DescribedTree& tree) {
 }
 
 std::string TreeFixture::built(const DescribedTree& tree, const std::string& place) {
-    return std::string(ORV_TREES) + "/" + tree.name + "/" + place;
+    return ORV_TREES "/" + tree.name + "/" + place;
 }
 
 bool TreeFixture::copy() const { return Tarnwick::OrvUpdate::copyDependens(source("app.exe"), mSource, mTarget); }
