@@ -7,7 +7,10 @@ here=$(dirname "${BASH_SOURCE[0]}")
 source "$here/wine-environment.sh"
 "$here/make-wine-prefix.sh"
 wineserver -p
-"$here/under-wine.sh" hostname >/dev/null 2>&1 </dev/null
+# The services that the shell's calls need start with the first that asks, and inherit its pipe too.
+for first in hostname "net start RpcSs" "start /wait hostname"; do
+  "$here/under-wine.sh" $first >/dev/null 2>&1 </dev/null || true
+done
 status=0
 "$@" || status=$?
 wineserver -k || true

@@ -61,6 +61,7 @@ std::string plainText(std::wstring path) {
         path.erase(0, 4);
     }
     std::replace(path.begin(), path.end(), L'\\', L'/');
+    while (path.size() > 1 && path.ends_with(L'/') && !path.ends_with(L":/")) path.pop_back();
     return fromNative(path);
 }
 
