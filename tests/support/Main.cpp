@@ -4,6 +4,7 @@
 #include <atomic>
 #include <string>
 
+#include "EndProcess.h"
 #include "OtherProcess.h"
 
 namespace {
@@ -35,5 +36,5 @@ int main(int argc, char** argv) {
     auto* printer = listeners.Release(listeners.default_result_printer());
     listeners.Append(new AssertingListener);
     listeners.Append(printer);
-    return RUN_ALL_TESTS();
+    return support::endProcess(RUN_ALL_TESTS());
 }

@@ -5,6 +5,7 @@
 #include "MQDownload.h"
 #include "OpenFiles.h"
 #include "PackageContents.h"
+#include "Public/Base/File.h"
 #include "RequestFixture.h"
 #include "UpdateCloud.h"
 
@@ -221,7 +222,7 @@ TEST_F(PullCluster, PullerThatStopsPullingLeavesItsShortFile) {
     const std::string path = version->getPackageFile();
     auto download = transferOf(*version, mPuller);
     download->start({});
-    ASSERT_TRUE(eventually([&] { return support::isOpenHere(path); }));
+    ASSERT_TRUE(eventually([&] { return Public::Base::File::access(path, Public::Base::AccessMode_Exists); }));
     const std::weak_ptr<IDownload> gone = download;
     download.reset();
     version.reset();
@@ -236,7 +237,7 @@ TEST_F(PullCluster, CancelledPullLeavesNoFile) {
     const std::string path = version->getPackageFile();
     const auto download = transferOf(*version, mPuller);
     download->start({});
-    ASSERT_TRUE(eventually([&] { return support::isOpenHere(path); }));
+    ASSERT_TRUE(eventually([&] { return Public::Base::File::access(path, Public::Base::AccessMode_Exists); }));
     download->cancel();
     EXPECT_FALSE(support::readText(path));
     EXPECT_FALSE(support::isOpenHere(path));
